@@ -1,0 +1,150 @@
+// The simulated Z80: registers, flags, interrupt state, memory, ports, counters
+// and the configuration that execution reads. Plain data with public fields; every
+// part of the system reads and writes it directly.
+#pragma once
+
+#include <array>
+#include <string>
+
+namespace mb {
+
+constexpr int kMemorySize = 65536;
+// Cells 65536..65540 mirror cells 0..4 (copied at Start), so that operand and
+// text fetches near FFFFH read on without wrap arithmetic.
+constexpr int kMemoryImageSize = 65541;
+constexpr int kPortCount = 256;
+
+// Simulation rates.
+enum SimulationRateValue {
+    kRateStepByStep = 1,
+    kRateSlow = 2,
+    kRateNormal = 3,
+    kRateFast = 4,
+    kRateExtremelyFast = 5,
+    kRateUltimate = 6,
+};
+
+// Bits of Machine::EndStageMask: which parts of the end-of-instruction stage have
+// work to do. A zero mask means the stage costs one integer test.
+enum EndStageBits {
+    kEndStageViews = 1 << 0,     // view refresh (register display, editors, screens)
+    kEndStageLog = 1 << 1,       // log line to log.txt and the log viewer
+    kEndStageRequests = 1 << 2,  // pending NMI / INT commands
+    kEndStageDebug = 1 << 3,     // breakpoints, tracking, #sim directives
+    kEndStageSpectrum = 1 << 4,  // ZX Spectrum interface work
+    kEndStageModules = 1 << 5,   // objectrefresh to external modules
+};
+
+struct Machine;
+
+// Receives the end-of-instruction stage, one call per active step, in order.
+// Implemented by run control; execution only calls through it.
+class EndStageHandler {
+public:
+    virtual ~EndStageHandler() = default;
+    virtual void RefreshViews(Machine& m) = 0;
+    virtual void WriteLogLine(Machine& m) = 0;
+    virtual void ServeRequests(Machine& m) = 0;
+    virtual void DebugChecks(Machine& m) = 0;
+    virtual void SpectrumWork(Machine& m) = 0;
+    virtual void ModuleRefresh(Machine& m) = 0;
+};
+
+class AccessHooks;  // devices on the data paths (access.h)
+
+struct Machine {
+    // Main register set, each 0..255.
+    int A = 0, B = 0, C = 0, D = 0, E = 0, H = 0, L = 0;
+    int FlagS = 0, FlagZ = 0, FlagY = 0, FlagH = 0, FlagX = 0, FlagP = 0, FlagN = 0, FlagC = 0;
+
+    // Alternate set.
+    int AltA = 0, AltB = 0, AltC = 0, AltD = 0, AltE = 0, AltH = 0, AltL = 0;
+    int AltFlagS = 0, AltFlagZ = 0, AltFlagY = 0, AltFlagH = 0, AltFlagX = 0, AltFlagP = 0,
+        AltFlagN = 0, AltFlagC = 0;
+
+    // 16-bit registers, each 0..65535.
+    int IX = 0, IY = 0, SP = 0, PC = 0;
+
+    // Refresh and interrupt state.
+    int I = 0, R = 0, IFF1 = 0, IFF2 = 0, InterruptMode = 0;
+
+    // A as it was just before IN A,(n) replaced it (B for the IN r,(C) family).
+    int PrevA = 0;
+
+    // Counters.
+    int InstructionCount = 0;
+    int ClockCycles = 0;
+    int TStates = 0;
+    int HaltState = 0;
+
+    // Instruction texts and the PC of the instruction being executed.
+    std::string CurrentInstructionText;
+    std::string NextInstructionText;
+    int InstructionPC = 0;
+
+    // Working fields of the instruction cycle.
+    int TextMode = 1;
+    int HaltThisInstruction = 0;
+    int PrefixRecognised = 0;
+    bool EiPending = false;
+
+    // Requests served at fixed points of the cycle and the run loop.
+    bool StopRequest = false;
+    bool NmiRequest = false;
+    bool IntRequest = false;
+
+    // Enabled state of the NMI, INT and RESET commands: how the program masks
+    // interrupts, so it belongs to the machine.
+    bool NmiCommandEnabled = false;
+    bool IntCommandEnabled = false;
+    bool ResetCommandEnabled = false;
+
+    // Data access trackers, -1 after clean.
+    int LastReadAddress = -1;
+    int LastWriteAddress = -1;
+
+    // Configuration.
+    float ClockMHz = 4.0f;
+    int StartingAddress = 0;
+    int ObjOffset = 0;
+    std::string FFPowerOnDefaults = "ON";
+    int UnofficialEnabled = 0;
+    int SimulationRate = kRateFast;
+    int HaltStopsSimulation = 1;           // "HALT Stops Simulation"
+    int InfiniteLoopStopsSimulation = 1;   // "Infinite Loop Stops Simulation"
+    int RelativeBranchHex = 0;             // "Display Relative Branch Hex Argument"
+
+    // End-of-instruction stage: bits of EndStageBits, and who serves them.
+    int EndStageMask = 0;
+    EndStageHandler* EndStage = nullptr;
+
+    // Devices on the data paths: nonzero AccessHookMask means Hooks is consulted.
+    int AccessHookMask = 0;
+    AccessHooks* Hooks = nullptr;
+
+    std::array<int, kMemoryImageSize> MemoryImage{};
+    std::array<int, kPortCount> PortImage{};
+};
+
+// Resets the machine to its power-on state (registers per FFPowerOnDefaults,
+// PC := StartingAddress, counters and texts cleared). Memory and ports stay.
+void clean(Machine& m);
+
+// Copies cells 0..4 into the five mirror cells above FFFFH (done at Start).
+void RefreshMemoryMirror(Machine& m);
+
+// Flag byte composed from the eight flag fields, and spread back.
+int ComposeFlags(const Machine& m);
+void SpreadFlags(Machine& m, int byte);
+int ComposeAltFlags(const Machine& m);
+void SpreadAltFlags(Machine& m, int byte);
+
+// Register pairs, computed at each use.
+inline int RegBC(const Machine& m) { return m.B * 256 + m.C; }
+inline int RegDE(const Machine& m) { return m.D * 256 + m.E; }
+inline int RegHL(const Machine& m) { return m.H * 256 + m.L; }
+inline void SetBC(Machine& m, int v) { m.B = v / 256; m.C = v % 256; }
+inline void SetDE(Machine& m, int v) { m.D = v / 256; m.E = v % 256; }
+inline void SetHL(Machine& m, int v) { m.H = v / 256; m.L = v % 256; }
+
+}  // namespace mb

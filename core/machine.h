@@ -111,7 +111,7 @@ struct Machine {
     int UnofficialEnabled = 0;
     int SimulationRate = kRateFast;
     int HaltStopsSimulation = 1;           // "HALT Stops Simulation"
-    int InfiniteLoopStopsSimulation = 1;   // "Infinite Loop Stops Simulation"
+    int InfiniteLoopStopsSimulation = 0;   // "Infinite Loop Stops Simulation"
     int RelativeBranchHex = 0;             // "Display Relative Branch Hex Argument"
 
     // End-of-instruction stage: bits of EndStageBits, and who serves them.

@@ -231,8 +231,11 @@ void ApplySimulationDirective(Machine& m, const SimulationDirective& row) {
 
 std::string CurrentTextForLog(const Machine& m) {
     if (m.TextMode != 0 && !m.CurrentInstructionText.empty()) return m.CurrentInstructionText;
-    const int pc = m.InstructionPC;
-    if (pc < 0 || pc >= kMemorySize) return m.CurrentInstructionText;
+    return InstructionTextAt(m, m.InstructionPC);
+}
+
+std::string InstructionTextAt(const Machine& m, int pc) {
+    if (pc < 0 || pc >= kMemorySize) return "";
     DecodeOptions opt;
     opt.unofficial = m.UnofficialEnabled != 0;
     opt.relativeHex = m.RelativeBranchHex != 0;

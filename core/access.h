@@ -174,5 +174,7 @@ void ApplySimulationDirective(Machine& m, const SimulationDirective& row);
 // Text of the instruction at InstructionPC, built on demand when the fast rate
 // built none (IN prompt, I/O log, log line).
 std::string CurrentTextForLog(const Machine& m);
+// Text of the instruction whose bytes stand at pc ("" outside memory).
+std::string InstructionTextAt(const Machine& m, int pc);
 
 }  // namespace mb

@@ -157,9 +157,11 @@ class RunControl : public EndStageHandler {
     int AskRestartChoice();
     int AskVector();
     void WriteInterruptLogLine();
+    void RedrawRegisters();
     // The steps of RESET from the text "RESET" on; true when the run loop should
     // turn again.
-    bool ResetRelease();
+    bool ResetFromText();
+    // The first steps of the automatic RESET: flags, commands, clean twice.
     void AutoResetSteps();
     void Shutdown();
     int UltimateInterval();

@@ -1,0 +1,42 @@
+// Line services shared by the assembler and the BASIC compiler: comment removal,
+// quote blanking, and the protected-line scrambling of generated sources.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace mb {
+
+// The line without its comment (first ";" outside quotes) and trailing blanks.
+// Tabs become blanks and runs of blanks outside quotes collapse to one, so a line
+// that began with white space still begins with one blank. Quoted text is kept.
+std::string CleanSourceLine(std::string_view text);
+
+// A text of equal length in which every character from an opening quote up to,
+// not including, its closing quote is a blank. A "'" directly behind "af" (any
+// case) opens nothing, so EX AF,AF' needs no closing quote.
+std::string BlankQuoted(std::string_view text);
+
+std::string TrimText(std::string_view text);
+std::string TrimLeft(std::string_view text);
+std::string TrimRight(std::string_view text);
+std::string UpperText(std::string_view text);
+std::string LowerText(std::string_view text);
+
+// Scrambling of generated lines between ";crypt_start" and ";crypt_stop". The key
+// index runs on from line to line, so lines are unscrambled in writing order.
+class LineProtection {
+public:
+    void Reset() { index_ = 0; }
+    std::string ProtectLine(std::string_view text);
+    // A line that does not begin with ";protected:" passes unchanged.
+    std::string UnprotectLine(std::string_view text);
+
+private:
+    int NextKey();
+    int index_ = 0;
+};
+
+inline constexpr std::string_view kProtectedPrefix = ";protected:";
+
+}  // namespace mb

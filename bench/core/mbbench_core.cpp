@@ -1,0 +1,77 @@
+// Speed of the bare core: a CPU-bound Z80 program run through ExecuteInstruction
+// at rate Ultimate (no text), with no access hook and no end-of-instruction work.
+//
+//   mbbench_core [instructions]     default 300,000,000
+//
+// Prints "N M instructions per second".
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "core/execute.h"
+#include "core/machine.h"
+
+namespace {
+
+// Mixed ALU, loads, jumps, stack, index instructions and a block move.
+constexpr int kProgram[] = {
+    0x31, 0x00, 0xF0,        // 0000  LD SP,0F000H
+    0xDD, 0x21, 0x00, 0x80,  // 0003  LD IX,8000H
+    0xFD, 0x21, 0x00, 0x90,  // 0007  LD IY,9000H
+    0x06, 0x00,              // 000B  outer: LD B,0        (256 rounds)
+    0x78,                    // 000D  loop:  LD A,B
+    0x87,                    // 000E  ADD A,A
+    0x8E,                    // 000F  ADC A,(HL)
+    0xD6, 0x03,              // 0010  SUB 3
+    0xE6, 0x7F,              // 0012  AND 7FH
+    0xB1,                    // 0014  OR C
+    0xA8,                    // 0015  XOR B
+    0xFE, 0x40,              // 0016  CP 40H
+    0x38, 0x01,              // 0018  JR C,skip
+    0x3C,                    // 001A  INC A
+    0xDD, 0x77, 0x05,        // 001B  skip: LD (IX+5),A
+    0xFD, 0x86, 0x03,        // 001E  ADD A,(IY+3)
+    0xDD, 0x34, 0x02,        // 0021  INC (IX+2)
+    0x4F,                    // 0024  LD C,A
+    0x23,                    // 0025  INC HL
+    0xC5,                    // 0026  PUSH BC
+    0xC1,                    // 0027  POP BC
+    0xCB, 0x11,              // 0028  RL C
+    0x10, 0xE1,              // 002A  DJNZ loop
+    0x21, 0x00, 0x80,        // 002C  LD HL,8000H
+    0x11, 0x00, 0xA0,        // 002F  LD DE,0A000H
+    0x01, 0x40, 0x00,        // 0032  LD BC,0040H
+    0xED, 0xB0,              // 0035  LDIR               (64 rounds)
+    0xCD, 0x3D, 0x00,        // 0037  CALL subr
+    0xC3, 0x0B, 0x00,        // 003A  JP outer
+    0x09,                    // 003D  subr: ADD HL,BC
+    0xC9,                    // 003E  RET
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    long long count = 300'000'000;
+    if (argc > 1) count = std::atoll(argv[1]);
+    if (count <= 0) {
+        std::fprintf(stderr, "usage: mbbench_core [instructions]\n");
+        return 2;
+    }
+
+    auto machine = std::make_unique<mb::Machine>();
+    mb::Machine& m = *machine;
+    for (int i = 0; i < static_cast<int>(std::size(kProgram)); ++i) m.MemoryImage[i] = kProgram[i];
+    mb::RefreshMemoryMirror(m);
+    m.SimulationRate = mb::kRateUltimate;
+    mb::clean(m);
+
+    const auto start = std::chrono::steady_clock::now();
+    for (long long i = 0; i < count; ++i) mb::ExecuteInstruction(m);
+    const auto end = std::chrono::steady_clock::now();
+
+    const double seconds = std::chrono::duration<double>(end - start).count();
+    std::printf("%.0f M instructions per second\n", static_cast<double>(count) / seconds / 1e6);
+    std::printf("(%lld instructions in %.3f s)\n", count, seconds);
+    return 0;
+}

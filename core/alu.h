@@ -1,0 +1,295 @@
+// Arithmetic and flag routines shared by every instruction group. Each works on
+// the machine's separate flag fields and keeps 8-bit results in 0..255 by explicit
+// comparison.
+//
+// The X and Y copies (bits 3 and 5) are always written here. With unofficial
+// instructions off, ExecuteInstruction pins both of them (and the alternates) at
+// the end of every instruction, so nothing can observe the value written in
+// between; writing unconditionally keeps the hot path free of a test.
+#pragma once
+
+#include "machine.h"
+
+namespace mb {
+
+inline int Parity(int v) {
+    v &= 255;
+    v ^= v >> 4;
+    v ^= v >> 2;
+    v ^= v >> 1;
+    return (~v) & 1;
+}
+
+inline void SetXY(Machine& m, int v) {
+    m.FlagX = (v >> 3) & 1;
+    m.FlagY = (v >> 5) & 1;
+}
+
+// S, Z, X and Y from an 8-bit value.
+inline void SetSZXY(Machine& m, int v) {
+    m.FlagS = (v >> 7) & 1;
+    m.FlagZ = v == 0;
+    SetXY(m, v);
+}
+
+// S, Z, X, Y and parity from an 8-bit value: the logic and shift results.
+inline void SetSZXYP(Machine& m, int v) {
+    SetSZXY(m, v);
+    m.FlagP = Parity(v);
+}
+
+inline void Add8(Machine& m, int b) {
+    const int a = m.A;
+    int r = a + b;
+    m.FlagH = (a & 15) + (b & 15) > 15;
+    m.FlagP = ((a ^ r) & (b ^ r) & 0x80) != 0;
+    m.FlagN = 0;
+    m.FlagC = r > 255;
+    if (r > 255) r -= 256;
+    SetSZXY(m, r);
+    m.A = r;
+}
+
+inline void Adc8(Machine& m, int b) {
+    const int a = m.A;
+    const int c = m.FlagC;
+    int r = a + b + c;
+    m.FlagH = (a & 15) + (b & 15) + c > 15;
+    m.FlagP = ((a ^ r) & (b ^ r) & 0x80) != 0;
+    m.FlagN = 0;
+    m.FlagC = r > 255;
+    if (r > 255) r -= 256;
+    SetSZXY(m, r);
+    m.A = r;
+}
+
+// Flags of a - b - c; returns the wrapped difference.
+inline int SubFlags(Machine& m, int a, int b, int c) {
+    int r = a - b - c;
+    m.FlagH = (a & 15) - (b & 15) - c < 0;
+    m.FlagP = ((a ^ b) & (a ^ r) & 0x80) != 0;
+    m.FlagN = 1;
+    m.FlagC = r < 0;
+    if (r < 0) r += 256;
+    m.FlagS = (r >> 7) & 1;
+    m.FlagZ = r == 0;
+    return r;
+}
+
+inline void Sub8(Machine& m, int b) {
+    const int r = SubFlags(m, m.A, b, 0);
+    SetXY(m, r);
+    m.A = r;
+}
+
+inline void Sbc8(Machine& m, int b) {
+    const int r = SubFlags(m, m.A, b, m.FlagC);
+    SetXY(m, r);
+    m.A = r;
+}
+
+// As Sub8, but A stays and X, Y come from the operand.
+inline void Cp8(Machine& m, int b) {
+    SubFlags(m, m.A, b, 0);
+    SetXY(m, b);
+}
+
+inline void LogicFlags(Machine& m, int r, int h) {
+    m.A = r;
+    SetSZXYP(m, r);
+    m.FlagH = h;
+    m.FlagN = 0;
+    m.FlagC = 0;
+}
+
+inline void And8(Machine& m, int b) {
+    LogicFlags(m, m.A & b, 1);
+}
+inline void Or8(Machine& m, int b) {
+    LogicFlags(m, m.A | b, 0);
+}
+inline void Xor8(Machine& m, int b) {
+    LogicFlags(m, m.A ^ b, 0);
+}
+
+// The eight accumulator operations by their 3-bit code (ADD ADC SUB SBC AND XOR OR CP).
+template <int Op>
+inline void Alu8(Machine& m, int b) {
+    if constexpr (Op == 0)
+        Add8(m, b);
+    else if constexpr (Op == 1)
+        Adc8(m, b);
+    else if constexpr (Op == 2)
+        Sub8(m, b);
+    else if constexpr (Op == 3)
+        Sbc8(m, b);
+    else if constexpr (Op == 4)
+        And8(m, b);
+    else if constexpr (Op == 5)
+        Xor8(m, b);
+    else if constexpr (Op == 6)
+        Or8(m, b);
+    else
+        Cp8(m, b);
+}
+
+inline void Alu8(Machine& m, int op, int b) {
+    switch (op) {
+        case 0: Add8(m, b); break;
+        case 1: Adc8(m, b); break;
+        case 2: Sub8(m, b); break;
+        case 3: Sbc8(m, b); break;
+        case 4: And8(m, b); break;
+        case 5: Xor8(m, b); break;
+        case 6: Or8(m, b); break;
+        default: Cp8(m, b); break;
+    }
+}
+
+inline int Inc8(Machine& m, int v) {
+    m.FlagH = (v & 15) == 15;
+    m.FlagP = v == 127;
+    m.FlagN = 0;
+    int r = v + 1;
+    if (r > 255) r -= 256;
+    SetSZXY(m, r);
+    return r;
+}
+
+inline int Dec8(Machine& m, int v) {
+    m.FlagH = (v & 15) == 0;
+    m.FlagP = v == 128;
+    m.FlagN = 1;
+    int r = v - 1;
+    if (r < 0) r += 256;
+    SetSZXY(m, r);
+    return r;
+}
+
+// ADD HL/IX/IY,w: H from bit 11, C from bit 15, X and Y from the high byte.
+inline int Add16(Machine& m, int a, int w) {
+    int r = a + w;
+    m.FlagH = (a & 4095) + (w & 4095) > 4095;
+    m.FlagN = 0;
+    m.FlagC = r > 65535;
+    if (r > 65535) r -= 65536;
+    SetXY(m, r >> 8);
+    return r;
+}
+
+inline void AdcHL(Machine& m, int w) {
+    const int a = RegHL(m);
+    const int c = m.FlagC;
+    int r = a + w + c;
+    m.FlagH = (a & 4095) + (w & 4095) + c > 4095;
+    m.FlagP = ((a ^ r) & (w ^ r) & 0x8000) != 0;
+    m.FlagN = 0;
+    m.FlagC = r > 65535;
+    if (r > 65535) r -= 65536;
+    m.FlagS = (r >> 15) & 1;
+    m.FlagZ = r == 0;
+    SetXY(m, r >> 8);
+    SetHL(m, r);
+}
+
+inline void SbcHL(Machine& m, int w) {
+    const int a = RegHL(m);
+    const int c = m.FlagC;
+    int r = a - w - c;
+    m.FlagH = (a & 4095) - (w & 4095) - c < 0;
+    m.FlagP = ((a ^ w) & (a ^ r) & 0x8000) != 0;
+    m.FlagN = 1;
+    m.FlagC = r < 0;
+    if (r < 0) r += 65536;
+    m.FlagS = (r >> 15) & 1;
+    m.FlagZ = r == 0;
+    SetXY(m, r >> 8);
+    SetHL(m, r);
+}
+
+// DAA with this system's H rule: with N at 0, H is set by a low digit above 9
+// and never cleared; with N at 1, H and C stay and choose the correction.
+inline void Daa(Machine& m) {
+    const int a = m.A;
+    int hi = a / 16;
+    const int lo = a % 16;
+    int corr = 0;
+    if (m.FlagN == 0) {
+        if (lo > 9) {
+            corr += 6;
+            hi += 1;
+            m.FlagH = 1;
+        } else if (m.FlagH == 1) {
+            corr += 6;
+        }
+        if (hi > 9) {
+            corr += 96;
+            m.FlagC = 1;
+        } else if (m.FlagC == 1) {
+            corr += 96;
+        }
+    } else {
+        static constexpr int kSubtractCorrection[4] = {0, 160, 250, 154};  // by H*2 + C
+        corr = kSubtractCorrection[m.FlagH * 2 + m.FlagC];
+    }
+    int r = a + corr;
+    if (r > 255) r -= 256;
+    m.A = r;
+    SetSZXYP(m, r);
+}
+
+// Rotates and shifts of the CB family by their 3-bit code (RLC RRC RL RR SLA SRA
+// SLL SRL). Sets C, S, Z, X, Y, parity; H and N become 0.
+inline int Shift8(Machine& m, int op, int v) {
+    int r = 0;
+    int c = 0;
+    switch (op) {
+        case 0:
+            c = (v >> 7) & 1;
+            r = ((v << 1) & 255) | c;
+            break;
+        case 1:
+            c = v & 1;
+            r = (v >> 1) | (c << 7);
+            break;
+        case 2:
+            c = (v >> 7) & 1;
+            r = ((v << 1) & 255) | m.FlagC;
+            break;
+        case 3:
+            c = v & 1;
+            r = (v >> 1) | (m.FlagC << 7);
+            break;
+        case 4:
+            c = (v >> 7) & 1;
+            r = (v << 1) & 255;
+            break;
+        case 5:
+            c = v & 1;
+            r = (v >> 1) | (v & 128);
+            break;
+        case 6:
+            c = (v >> 7) & 1;
+            r = ((v << 1) & 255) | 1;
+            break;
+        default:
+            c = v & 1;
+            r = v >> 1;
+            break;
+    }
+    m.FlagC = c;
+    m.FlagH = 0;
+    m.FlagN = 0;
+    SetSZXYP(m, r);
+    return r;
+}
+
+// BIT n: every flag but H, N and C comes from the masked value.
+inline void BitTest(Machine& m, int v, int n) {
+    const int masked = v & (1 << n);
+    SetSZXYP(m, masked);
+    m.FlagH = 1;
+    m.FlagN = 0;
+}
+
+}  // namespace mb

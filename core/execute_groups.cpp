@@ -1,0 +1,487 @@
+// The prefix groups: CB, ED, DD/FD (one routine over IX or IY) and DDCB/FDCB.
+// Each is entered with PC on its prefix, decides first whether it decodes the
+// opcode, and only then changes the machine; ExecuteInstruction applies the
+// fallback of an undecoded prefix.
+#include "access.h"
+#include "alu.h"
+#include "execute.h"
+#include "execute_internal.h"
+
+namespace mb::exec {
+
+namespace {
+
+int GetPair(const Machine& m, int p) {  // BC DE HL SP
+    switch (p) {
+        case 0: return RegBC(m);
+        case 1: return RegDE(m);
+        case 2: return RegHL(m);
+        default: return m.SP;
+    }
+}
+
+void SetPair(Machine& m, int p, int v) {
+    switch (p) {
+        case 0: SetBC(m, v); break;
+        case 1: SetDE(m, v); break;
+        case 2: SetHL(m, v); break;
+        default: m.SP = v; break;
+    }
+}
+
+int Step16(int v, int step) {
+    v += step;
+    if (v > 65535) v -= 65536;
+    if (v < 0) v += 65536;
+    return v;
+}
+
+bool Unrecognised(Machine& m) {
+    m.PrefixRecognised = 0;
+    return false;
+}
+
+// Bit masks of RES and SET.
+int ResetBit(int v, int n) {
+    return v & (255 - (1 << n));
+}
+int SetBit(int v, int n) {
+    return (v | (1 << n)) & 255;
+}
+
+// ---- ED group ----
+
+// IN r,(C) and the unofficial IN (C), whose byte is dropped.
+void InFromC(Machine& m, int y) {
+    m.PrevA = m.B;
+    const int v = PortIn(m, Port(m.C));
+    SetSZXYP(m, v);
+    m.FlagH = 0;
+    m.FlagN = 0;
+    if (y != 6) Reg8(m, y) = v;
+}
+
+// NEG: N, X and Y are left as they were.
+void Neg(Machine& m) {
+    const int a = m.A;
+    m.FlagH = (a & 15) != 0;
+    m.FlagC = a != 0;
+    m.FlagP = a == 128;
+    const int r = a == 0 ? 0 : 256 - a;
+    m.A = r;
+    m.FlagS = (r >> 7) & 1;
+    m.FlagZ = r == 0;
+}
+
+void LoadAFromSpecial(Machine& m, int v) {  // LD A,I and LD A,R
+    m.A = v;
+    SetSZXY(m, v);
+    m.FlagP = m.IFF2;
+    m.FlagH = 0;
+    m.FlagN = 0;
+}
+
+void RotateDigit(Machine& m, bool left) {  // RLD, RRD
+    const int address = Addr(RegHL(m));
+    const int v = MemoryRead(m, address) & 255;
+    const int a = m.A;
+    int written;
+    if (left) {
+        m.A = (a & 0xF0) | (v >> 4);
+        written = ((v & 15) << 4) | (a & 15);
+    } else {
+        m.A = (a & 0xF0) | (v & 15);
+        written = ((a & 15) << 4) | (v >> 4);
+    }
+    MemoryWrite(m, address, written);
+    SetSZXYP(m, m.A);
+    m.FlagH = 0;
+    m.FlagN = 0;
+}
+
+// ED 40-7F. Returns false when the opcode is not decoded.
+bool EdMain(Machine& m, int op) {
+    const int y = (op >> 3) & 7, z = op & 7, p = y >> 1, q = y & 1;
+    const bool unofficial = m.UnofficialEnabled != 0;
+    const int pc = m.PC;
+    switch (z) {
+        case 0:
+            if (y == 6 && !unofficial) return Unrecognised(m);
+            InFromC(m, y);
+            m.TStates = 12;
+            break;
+        case 1:  // OUT (C),r; the unofficial OUT (C),0 sends A
+            if (y == 6 && !unofficial) return Unrecognised(m);
+            PortOut(m, Port(m.C), y == 6 ? m.A : Reg8(m, y));
+            m.TStates = 12;
+            break;
+        case 2:
+            if (q == 0)
+                SbcHL(m, GetPair(m, p));
+            else
+                AdcHL(m, GetPair(m, p));
+            m.TStates = 15;
+            break;
+        case 3: {  // LD (nn),rr and LD rr,(nn), low byte first
+            const int nn = Word(m, pc + 2);
+            if (q == 0) {
+                const int v = GetPair(m, p);
+                MemoryWrite(m, Addr(nn), v % 256);
+                MemoryWrite(m, Addr(nn + 1), v / 256);
+            } else {
+                const int low = MemoryRead(m, Addr(nn));
+                const int high = MemoryRead(m, Addr(nn + 1));
+                SetPair(m, p, low + high * 256);
+            }
+            m.TStates = 20;
+            m.PC = pc + 4;
+            return true;
+        }
+        case 4:
+            if (y != 0 && !unofficial) return Unrecognised(m);
+            Neg(m);
+            m.TStates = 8;
+            break;
+        case 5:
+            if (y == 1) {  // RETI
+                m.PC = PopWord(m);
+                m.IFF1 = m.IFF2;
+            } else {  // RETN, official at 45 only
+                if (y != 0 && !unofficial) return Unrecognised(m);
+                m.PC = PopWord(m);
+                m.IFF1 = m.IFF2;
+                m.NmiCommandEnabled = true;
+                if (m.IFF1 == 1) m.IntCommandEnabled = true;
+            }
+            m.TStates = 14;
+            return true;
+        case 6: {
+            static constexpr int kMode[8] = {0, 0, 1, 2, 0, 0, 1, 2};
+            const bool official = y == 0 || y == 2 || y == 3;
+            if (!official && !unofficial) return Unrecognised(m);
+            m.InterruptMode = kMode[y];
+            m.TStates = 8;
+            break;
+        }
+        default:
+            switch (y) {
+                case 0:
+                    m.I = m.A;
+                    m.TStates = 9;
+                    break;
+                case 1:
+                    m.R = m.A;
+                    m.TStates = 9;
+                    break;
+                case 2:
+                    LoadAFromSpecial(m, m.I);
+                    m.TStates = 9;
+                    break;
+                case 3:
+                    LoadAFromSpecial(m, m.R);
+                    m.TStates = 9;
+                    break;
+                case 4:
+                    RotateDigit(m, false);
+                    m.TStates = 18;
+                    break;
+                case 5:
+                    RotateDigit(m, true);
+                    m.TStates = 18;
+                    break;
+                default: return Unrecognised(m);
+            }
+            break;
+    }
+    m.PC = pc + 2;
+    return true;
+}
+
+// ED A0-BB: LDI CPI INI OUTI, their D forms and the repeating forms. A repeating
+// round that is not the last leaves PC on the instruction, so the next
+// ExecuteInstruction runs it again as an instruction of its own.
+bool EdBlock(Machine& m, int op) {
+    const int kind = op & 7;
+    if (kind > 3) return Unrecognised(m);
+    const int step = (op & 8) ? -1 : 1;
+    const bool repeats = (op & 0x10) != 0;
+    const int hl = RegHL(m);
+    bool done;
+    if (kind == 0 || kind == 1) {
+        const int v = MemoryRead(m, Addr(hl));
+        if (kind == 0) {  // LDI
+            const int de = RegDE(m);
+            MemoryWrite(m, Addr(de), v);
+            SetDE(m, Step16(de, step));
+            m.FlagH = 0;
+            m.FlagN = 0;
+        } else {  // CPI: C, X and Y stay
+            int r = m.A - v;
+            m.FlagH = (m.A & 15) - (v & 15) < 0;
+            if (r < 0) r += 256;
+            m.FlagS = (r >> 7) & 1;
+            m.FlagZ = r == 0;
+            m.FlagN = 1;
+        }
+        SetHL(m, Step16(hl, step));
+        const int bc = Step16(RegBC(m), -1);
+        SetBC(m, bc);
+        m.FlagP = bc != 0;
+        done = bc == 0 || (kind == 1 && m.FlagZ);
+    } else {
+        int v;
+        if (kind == 2) {  // INI
+            m.PrevA = m.B;
+            v = PortIn(m, Port(m.C));
+            MemoryWrite(m, Addr(hl), v);
+        } else {  // OUTI
+            v = MemoryRead(m, Addr(hl));
+            PortOut(m, Port(m.C), v);
+        }
+        SetHL(m, Step16(hl, step));
+        int b = m.B - 1;
+        if (b < 0) b += 256;
+        m.B = b;
+        SetSZXY(m, b);
+        m.FlagN = (v >> 7) & 1;
+        done = b == 0;
+    }
+    if (repeats && !done) {
+        m.TStates = 21;
+    } else {
+        m.TStates = 16;
+        m.PC += 2;
+    }
+    return true;
+}
+
+// ---- DD/FD groups ----
+
+int IndexHalf(int idx, int code) {
+    return code == 4 ? idx / 256 : idx % 256;
+}
+
+void SetIndexHalf(int& idx, int code, int v) {
+    idx = code == 4 ? v * 256 + idx % 256 : (idx / 256) * 256 + v;
+}
+
+// An 8-bit operand of the unofficial index forms: H and L stand for the halves.
+int IndexReg8(Machine& m, int idx, int code) {
+    return code == 4 || code == 5 ? IndexHalf(idx, code) : Reg8(m, code);
+}
+
+void SetIndexReg8(Machine& m, int& idx, int code, int v) {
+    if (code == 4 || code == 5)
+        SetIndexHalf(idx, code, v);
+    else
+        Reg8(m, code) = v;
+}
+
+// DDCB d op / FDCB d op. Every operation takes 23 T-states, BIT included.
+void IndexCbGroup(Machine& m, int idx) {
+    const int pc = m.PC;
+    const int op = Cell(m, pc + 3);
+    const int x = op >> 6, y = (op >> 3) & 7, z = op & 7;
+    const bool official = z == 6 && !(x == 0 && y == 6);
+    if (!official && !m.UnofficialEnabled) {
+        Unrecognised(m);
+        return;
+    }
+    const int address = Addr(idx + Signed8(Cell(m, pc + 2)));
+    const int v = MemoryRead(m, address);
+    if (x == 1) {
+        BitTest(m, v, y);
+    } else {
+        const int r = x == 0 ? Shift8(m, y, v) : x == 2 ? ResetBit(v, y) : SetBit(v, y);
+        MemoryWrite(m, address, r);
+        if (z != 6) Reg8(m, z) = r;  // the unofficial copy into a register
+    }
+    m.TStates = 23;
+    m.PC = pc + 4;
+}
+
+// Opcodes of the 40-BF blocks with an index operand. Returns false when not decoded.
+bool IndexLoadsAndAlu(Machine& m, int& idx, int op) {
+    const int x = op >> 6, y = (op >> 3) & 7, z = op & 7;
+    const int pc = m.PC;
+    const bool unofficial = m.UnofficialEnabled != 0;
+    if (x == 1 && op != 0x76) {
+        if (z == 6 || y == 6) {  // LD r,(idx+d) and LD (idx+d),r with the real H and L
+            const int address = Addr(idx + Signed8(Cell(m, pc + 2)));
+            if (z == 6)
+                Reg8(m, y) = MemoryRead(m, address);
+            else
+                MemoryWrite(m, address, Reg8(m, z));
+            m.TStates = 19;
+            m.PC = pc + 3;
+            return true;
+        }
+        const bool usesHalf = y == 4 || y == 5 || z == 4 || z == 5;
+        if (!usesHalf || !unofficial) return Unrecognised(m);
+        SetIndexReg8(m, idx, y, IndexReg8(m, idx, z));
+        m.TStates = 8;
+        m.PC = pc + 2;
+        return true;
+    }
+    if (x == 2) {
+        if (z == 6) {
+            Alu8(m, y, MemoryRead(m, Addr(idx + Signed8(Cell(m, pc + 2)))));
+            m.TStates = 19;
+            m.PC = pc + 3;
+            return true;
+        }
+        if ((z != 4 && z != 5) || !unofficial) return Unrecognised(m);
+        Alu8(m, y, IndexHalf(idx, z));
+        m.TStates = 8;
+        m.PC = pc + 2;
+        return true;
+    }
+    return Unrecognised(m);
+}
+
+}  // namespace
+
+void CbGroup(Machine& m) {
+    const int pc = m.PC;
+    const int op = Cell(m, pc + 1);
+    const int x = op >> 6, y = (op >> 3) & 7, z = op & 7;
+    if (x == 0 && y == 6 && !m.UnofficialEnabled) {  // SLL
+        Unrecognised(m);
+        return;
+    }
+    m.PrefixRecognised = 1;
+    m.TStates = 8;
+    const int address = Addr(RegHL(m));
+    const int v = z == 6 ? MemoryRead(m, address) : Reg8(m, z);
+    if (x == 1) {
+        BitTest(m, v, y);
+        if (z == 6) m.TStates = 12;
+    } else {
+        const int r = x == 0 ? Shift8(m, y, v) : x == 2 ? ResetBit(v, y) : SetBit(v, y);
+        if (z == 6) {
+            MemoryWrite(m, address, r);
+            m.TStates = 15;
+        } else {
+            Reg8(m, z) = r;
+        }
+    }
+    m.PC = pc + 2;
+}
+
+void EdGroup(Machine& m) {
+    const int op = Cell(m, m.PC + 1);
+    m.PrefixRecognised = 1;
+    if (op >= 0x40 && op < 0x80)
+        EdMain(m, op);
+    else if (op >= 0xA0 && op <= 0xBB)
+        EdBlock(m, op);
+    else
+        Unrecognised(m);
+}
+
+void IndexGroup(Machine& m, int& idx) {
+    const int pc = m.PC;
+    const int op = Cell(m, pc + 1);
+    const bool unofficial = m.UnofficialEnabled != 0;
+    m.PrefixRecognised = 1;
+    switch (op) {
+        case 0x09:
+        case 0x19:
+        case 0x29:
+        case 0x39: {  // ADD idx,rr; the pair 2 is idx itself
+            const int p = op >> 4;
+            idx = Add16(m, idx, p == 2 ? idx : GetPair(m, p));
+            m.TStates = 15;
+            m.PC = pc + 2;
+            break;
+        }
+        case 0x21:
+            idx = Word(m, pc + 2);
+            m.TStates = 14;
+            m.PC = pc + 4;
+            break;
+        case 0x22: {
+            const int nn = Word(m, pc + 2);
+            MemoryWrite(m, Addr(nn), idx % 256);
+            MemoryWrite(m, Addr(nn + 1), idx / 256);
+            m.TStates = 20;
+            m.PC = pc + 4;
+            break;
+        }
+        case 0x2A: {
+            const int nn = Word(m, pc + 2);
+            const int low = MemoryRead(m, Addr(nn));
+            idx = low + MemoryRead(m, Addr(nn + 1)) * 256;
+            m.TStates = 20;
+            m.PC = pc + 4;
+            break;
+        }
+        case 0x23:
+        case 0x2B:
+            idx = Step16(idx, op == 0x23 ? 1 : -1);
+            m.TStates = 10;
+            m.PC = pc + 2;
+            break;
+        case 0x34:
+        case 0x35: {
+            const int address = Addr(idx + Signed8(Cell(m, pc + 2)));
+            const int v = MemoryRead(m, address);
+            MemoryWrite(m, address, op == 0x34 ? Inc8(m, v) : Dec8(m, v));
+            m.TStates = 23;
+            m.PC = pc + 3;
+            break;
+        }
+        case 0x36:
+            MemoryWrite(m, Addr(idx + Signed8(Cell(m, pc + 2))), Cell(m, pc + 3));
+            m.TStates = 19;
+            m.PC = pc + 4;
+            break;
+        case 0x24:
+        case 0x25:
+        case 0x2C:
+        case 0x2D: {  // INC/DEC IXh, IXl
+            if (!unofficial) return (void)Unrecognised(m);
+            const int code = op >> 3 & 7;
+            const int v = IndexHalf(idx, code);
+            SetIndexHalf(idx, code, (op & 1) ? Dec8(m, v) : Inc8(m, v));
+            m.TStates = 8;
+            m.PC = pc + 2;
+            break;
+        }
+        case 0x26:
+        case 0x2E:  // LD IXh,n  LD IXl,n
+            if (!unofficial) return (void)Unrecognised(m);
+            SetIndexHalf(idx, op >> 3 & 7, Cell(m, pc + 2));
+            m.TStates = 11;
+            m.PC = pc + 3;
+            break;
+        case 0xE1:
+            idx = PopWord(m);
+            m.TStates = 14;
+            m.PC = pc + 2;
+            break;
+        case 0xE5:
+            PushWord(m, idx);
+            m.TStates = 15;
+            m.PC = pc + 2;
+            break;
+        case 0xE3:
+            idx = ExchangeStackTop(m, idx);
+            m.TStates = 23;
+            m.PC = pc + 2;
+            break;
+        case 0xE9:  // JP (idx): no infinite-loop test
+            m.PC = idx;
+            m.TStates = 8;
+            break;
+        case 0xF9:
+            m.SP = idx;
+            m.TStates = 10;
+            m.PC = pc + 2;
+            break;
+        case 0xCB: IndexCbGroup(m, idx); break;
+        default: IndexLoadsAndAlu(m, idx, op); break;
+    }
+}
+
+}  // namespace mb::exec

@@ -1,0 +1,93 @@
+// Helpers shared by the base opcodes (execute.cpp) and the prefix groups
+// (execute_groups.cpp). Not part of the core's interface.
+#pragma once
+
+#include "access.h"
+#include "machine.h"
+
+#define MB_ALWAYS_INLINE [[gnu::always_inline]] inline
+#define MB_NOINLINE [[gnu::noinline]]
+
+namespace mb::exec {
+
+// An opcode or operand byte, read directly. Operands are bytes: a cell holding
+// the 256 that PushWord may store reads as 0.
+MB_ALWAYS_INLINE int Cell(const Machine& m, int address) {
+    return m.MemoryImage[address] & 255;
+}
+
+// A little-endian operand word at address.
+MB_ALWAYS_INLINE int Word(const Machine& m, int address) {
+    return Cell(m, address) + Cell(m, address + 1) * 256;
+}
+
+// Data addresses wrap to 16 bits and port numbers to 8, so that no access can
+// leave MemoryImage or PortImage.
+MB_ALWAYS_INLINE int Addr(int address) {
+    return address & 0xFFFF;
+}
+MB_ALWAYS_INLINE int Port(int port) {
+    return port & 255;
+}
+
+// The 32-bit counters wrap around instead of overflowing (at Ultimate rate the
+// clock count passes 2^31 within seconds).
+MB_ALWAYS_INLINE int Wrap32(int counter, int add) {
+    return static_cast<int>(static_cast<unsigned>(counter) + static_cast<unsigned>(add));
+}
+
+MB_ALWAYS_INLINE int Signed8(int v) {
+    return v < 128 ? v : v - 256;
+}
+
+// The 8-bit registers by their 3-bit code: B C D E H L (HL) A. Code 6 is memory
+// and is never passed here.
+template <int Code>
+MB_ALWAYS_INLINE int& Reg8(Machine& m) {
+    static_assert(Code != 6);
+    if constexpr (Code == 0)
+        return m.B;
+    else if constexpr (Code == 1)
+        return m.C;
+    else if constexpr (Code == 2)
+        return m.D;
+    else if constexpr (Code == 3)
+        return m.E;
+    else if constexpr (Code == 4)
+        return m.H;
+    else if constexpr (Code == 5)
+        return m.L;
+    else
+        return m.A;
+}
+
+inline constexpr int Machine::*kReg8[8] = {&Machine::B, &Machine::C, &Machine::D, &Machine::E,
+                                           &Machine::H, &Machine::L, nullptr,     &Machine::A};
+
+inline int& Reg8(Machine& m, int code) {
+    return m.*kReg8[code];
+}
+
+// The value X and Y are pinned to while unofficial instructions are off.
+MB_ALWAYS_INLINE int PinnedXY(const Machine& m) {
+    return (m.FFPowerOnDefaults.size() == 3 && m.FFPowerOnDefaults == "OFF") ? 0 : 1;
+}
+
+// EX (SP),rr: the stack bytes are read directly, then written through
+// MemoryWrite, high byte at SP+1 first. Returns the old stack word.
+inline int ExchangeStackTop(Machine& m, int value) {
+    const int sp = Addr(m.SP);
+    const int sp1 = Addr(sp + 1);
+    const int old = m.MemoryImage[sp] + m.MemoryImage[sp1] * 256;
+    MemoryWrite(m, sp1, value / 256);
+    MemoryWrite(m, sp, value % 256);
+    return old;
+}
+
+// The prefix groups, entered with PC on the (first) prefix. Each sets
+// PrefixRecognised, and changes nothing when it does not decode its opcode.
+void CbGroup(Machine& m);
+void EdGroup(Machine& m);
+void IndexGroup(Machine& m, int& idx);
+
+}  // namespace mb::exec

@@ -35,7 +35,9 @@ bool ReadLines(const std::string& path, std::vector<std::string>& lines) {
     return true;
 }
 
-bool StartsWith(std::string_view s, std::string_view p) { return s.substr(0, p.size()) == p; }
+bool StartsWith(std::string_view s, std::string_view p) {
+    return s.substr(0, p.size()) == p;
+}
 bool EndsWith(std::string_view s, std::string_view p) {
     return s.size() >= p.size() && s.substr(s.size() - p.size()) == p;
 }
@@ -50,7 +52,9 @@ std::string CollapseBlanks(std::string_view s) {
 }
 
 // Position of the first "," outside quotes, or npos.
-size_t FirstCommaOutsideQuotes(const std::string& s) { return BlankQuoted(s).find(','); }
+size_t FirstCommaOutsideQuotes(const std::string& s) {
+    return BlankQuoted(s).find(',');
+}
 
 std::vector<std::string> SplitOutsideQuotes(const std::string& s) {
     std::vector<std::string> parts;
@@ -114,7 +118,8 @@ ClassRule RuleOf(OperandClass c) {
     switch (c) {
         case OperandClass::Byte: return {-128, 255, " (-80-FFh (-128-255) value expected)"};
         case OperandClass::Displacement: return {-128, 127, " (-80-7Fh (-128-127) value expected)"};
-        case OperandClass::Word: return {-32768, 65535, " (-8000-FFFFh (-32768-65535) value expected)"};
+        case OperandClass::Word:
+            return {-32768, 65535, " (-8000-FFFFh (-32768-65535) value expected)"};
         case OperandClass::Address: return {0, 65535, " (0-FFFFh (0-65535) value expected)"};
         case OperandClass::Relative: return {-126, 129, " (-126-129 value expected)"};
         case OperandClass::Restart:
@@ -123,7 +128,9 @@ ClassRule RuleOf(OperandClass c) {
     return {0, 0, ""};
 }
 
-std::string Quoted(const std::string& s) { return "'" + s + "'"; }
+std::string Quoted(const std::string& s) {
+    return "'" + s + "'";
+}
 
 std::string WithArgs(std::string key) {
     std::string out;
@@ -137,8 +144,9 @@ void AppendByte(std::string& text, int byte) {
 }
 
 bool IsRegisterWord(const std::string& u) {
-    static const char* kWords[] = {"A",  "B",  "C",  "D",  "E",   "H",  "L", "I",  "R",  "BC", "DE", "HL",
-                                   "SP", "AF", "AF'", "NZ", "Z",  "NC", "C", "PO", "PE", "P",  "M"};
+    static const char* kWords[] = {"A", "B",  "C",  "D",  "E",  "H",  "L",   "I",
+                                   "R", "BC", "DE", "HL", "SP", "AF", "AF'", "NZ",
+                                   "Z", "NC", "C",  "PO", "PE", "P",  "M"};
     for (const char* w : kWords)
         if (u == w) return true;
     return false;
@@ -160,7 +168,8 @@ std::string AnalyseOperand(std::string& op) {
     }
     const std::string u = UpperText(op);
     const std::string u3 = u.substr(0, 3), u2 = u.substr(0, 2);
-    if ((u3 == "IXH" || u3 == "IXL" || u3 == "IYH" || u3 == "IYL") && RestIsDisplacement(op.substr(3))) {
+    if ((u3 == "IXH" || u3 == "IXL" || u3 == "IYH" || u3 == "IYL") &&
+        RestIsDisplacement(op.substr(3))) {
         key += u2 + static_cast<char>(std::tolower(static_cast<unsigned char>(u3[2])));
         op = TrimText(op.substr(3));
     } else if ((u2 == "IX" || u2 == "IY") && RestIsDisplacement(op.substr(2))) {
@@ -183,7 +192,9 @@ std::string AnalyseOperand(std::string& op) {
 Assembler::Assembler(SettingsStore& settings, AssemblerHost& host, AssemblerOptions options)
     : settings_(settings), host_(host), options_(std::move(options)) {}
 
-bool Assembler::HexEnabled() { return settings_.GetSettingText("Generate HEX File Also", "ON") == "ON"; }
+bool Assembler::HexEnabled() {
+    return settings_.GetSettingText("Generate HEX File Also", "ON") == "ON";
+}
 
 void Assembler::Progress(const std::string& first, const std::string& second, int pauseMs) {
     if (silent_) return;
@@ -217,11 +228,13 @@ int Assembler::AssembleSource(const std::string& folder, const std::string& file
     Progress("Loading source file.", "", 200);
 
     std::string base = fileName;
-    if (base.size() >= 4 && LowerText(base.substr(base.size() - 4)) == ".asm") base.resize(base.size() - 4);
+    if (base.size() >= 4 && LowerText(base.substr(base.size() - 4)) == ".asm")
+        base.resize(base.size() - 4);
     session_.BaseName = base;
 
     session_.FillValue = settings_.GetSettingInt("OBJ File Fill Value", 0) & 0xFF;
-    session_.ObjStartAddress = settings_.GetSettingInt("Starting Address For OBJ Files Creation", 0);
+    session_.ObjStartAddress =
+        settings_.GetSettingInt("Starting Address For OBJ Files Creation", 0);
     session_.ObjectCells.assign(65536, session_.FillValue);
     for (const auto& [name, value] : session_.PredefinedSymbols)
         if (!session_.symbols.FindLabel(name)) session_.symbols.Add(name, value, 0);
@@ -245,7 +258,8 @@ int Assembler::AssembleSource(const std::string& folder, const std::string& file
 
 void Assembler::DeleteOutputs(const std::string& folder, const std::string& baseName) {
     std::error_code ec;
-    const std::string stem = (folder.empty() || folder.back() == '/' ? folder : folder + "/") + baseName;
+    const std::string stem =
+        (folder.empty() || folder.back() == '/' ? folder : folder + "/") + baseName;
     fs::remove(stem + ".lst", ec);
     fs::remove(stem + ".obj", ec);
     if (HexEnabled()) fs::remove(stem + ".hex", ec);
@@ -283,7 +297,8 @@ void Assembler::ReadMainFile(const std::string& path) {
 
 // ---- Preprocessor ----
 
-std::string Assembler::PreprocessedText(const std::string& orig, const std::string& c, const std::string& l) {
+std::string Assembler::PreprocessedText(const std::string& orig, const std::string& c,
+                                        const std::string& l) {
     const std::string b = BlankQuoted(l);
     const std::string mod = " ;Line modified by ASM preprocessor (";
     if (StartsWith(l, " output ")) return ";Line removed by ASM preprocessor: " + orig;
@@ -295,11 +310,13 @@ std::string Assembler::PreprocessedText(const std::string& orig, const std::stri
     }
     if (StartsWith(l, " *=")) {
         const size_t at = c.find("*=");
-        return c.substr(0, at) + ".ORG " + TrimLeft(c.substr(at + 2)) + mod + "*= correction): " + orig;
+        return c.substr(0, at) + ".ORG " + TrimLeft(c.substr(at + 2)) + mod +
+               "*= correction): " + orig;
     }
     if (b.find(":=") != std::string::npos) {
         const size_t at = BlankQuoted(c).find(":=");
-        return TrimRight(c.substr(0, at)) + " = " + TrimLeft(c.substr(at + 2)) + mod + ":= correction): " + orig;
+        return TrimRight(c.substr(0, at)) + " = " + TrimLeft(c.substr(at + 2)) + mod +
+               ":= correction): " + orig;
     }
     if (b.find('=') != std::string::npos) {
         std::string t = orig;
@@ -315,7 +332,8 @@ std::string Assembler::PreprocessedText(const std::string& orig, const std::stri
 std::string Assembler::CheckIncludeArgument(const std::string& argument, std::string& error) const {
     const std::string invalid = "Invalid argument of the INCLUDE directive.";
     const std::string a = TrimText(argument);
-    const bool quoted = a.size() >= 3 && ((a.front() == '"' && a.back() == '"') || (a.front() == '<' && a.back() == '>'));
+    const bool quoted = a.size() >= 3 && ((a.front() == '"' && a.back() == '"') ||
+                                          (a.front() == '<' && a.back() == '>'));
     if (!quoted) {
         error = invalid;
         return "";
@@ -354,10 +372,14 @@ void Assembler::TryInclude(int i, int& level) {
     const int added = AppendFile(path, level, static_cast<int>(session_.IncludeFiles.size()));
     if (added == 0) return;
     // These three assignments stand in this order: an include on the main file's
-    // last line is overwritten by the third and so adds nothing.
+    // last line is overwritten by the third and so adds nothing. The included text
+    // goes on with the line that followed the include line: i + 1, except behind
+    // the last line of an included file, where that would loop into the new text.
+    const int after = session_.Lines[i].Next;
     session_.Lines[i].Next = first;
-    session_.Lines[session_.LineCount()].Next = i + 1;
-    if (session_.MainLineCount > 0) session_.Lines[session_.MainLineCount].Next = session_.LineCount() + 1;
+    session_.Lines[session_.LineCount()].Next = after;
+    if (session_.MainLineCount > 0)
+        session_.Lines[session_.MainLineCount].Next = session_.LineCount() + 1;
 }
 
 void Assembler::PreprocessSource() {
@@ -369,7 +391,8 @@ void Assembler::PreprocessSource() {
         const std::string c = CleanSourceLine(protection_.UnprotectLine(line.Text));
         const std::string l = CollapseBlanks(LowerText(c));
         line.Text = PreprocessedText(line.Text, c, l);
-        if (level <= limit && BlankQuoted(l).find("include") != std::string::npos) TryInclude(i, level);
+        if (level <= limit && BlankQuoted(l).find("include") != std::string::npos)
+            TryInclude(i, level);
         if (i == levelEnd) {
             ++level;
             levelEnd = session_.LineCount();
@@ -382,10 +405,13 @@ void Assembler::PreprocessSource() {
 
 // Walks the lines along Next. A walk never takes more steps than there are lines,
 // so a chain of includes that loops back cannot hang the assembler.
+// The walk takes at most as many steps as there are lines, so no chain of Next
+// values can hold the assembler in a loop.
 std::vector<int> Assembler::WalkOrder() const {
     std::vector<int> order;
     const int end = session_.LineCount() + 1;
-    for (int i = 1; i >= 1 && i < end && static_cast<int>(order.size()) < end; i = session_.Lines[i].Next)
+    for (int i = 1; i >= 1 && i < end && static_cast<int>(order.size()) < end;
+         i = session_.Lines[i].Next)
         order.push_back(i);
     return order;
 }
@@ -434,10 +460,12 @@ void Assembler::Pass1Line(int index) {
             t = blank == std::string::npos ? "" : t.substr(blank);
             if (!label.empty() && label.back() == ':') label.pop_back();
             std::string error;
-            if (session_.symbols.FindLabel(label)) error = "Duplicate label.";
+            if (session_.symbols.FindLabel(label))
+                error = "Duplicate label.";
             else if (IsInstructionMnemonic(label, options_.UnofficialInstructions))
                 error = "Instruction in label column.";
-            else if (IsReservedKeyword(label)) error = "Reserved keyword in label column.";
+            else if (IsReservedKeyword(label))
+                error = "Reserved keyword in label column.";
             if (!error.empty()) {
                 MarkError(line, error);
                 return;
@@ -449,11 +477,11 @@ void Assembler::Pass1Line(int index) {
         std::string word = UpperText(t.substr(0, blank));
         const std::string rest = blank == std::string::npos ? "" : TrimText(t.substr(blank));
         static const std::pair<const char*, const char*> kAliases[] = {
-            {".ORG", "ORG"},   {".EQU", "EQU"},   {"=", "EQU"},        {".DB", "DB"},
-            {"DEFB", "DB"},    {".DEFB", "DB"},   {".BYTE", "DB"},     {"BYTE", "DB"},
-            {".DW", "DW"},     {"DEFW", "DW"},    {".DEFW", "DW"},     {".WORD", "DW"},
-            {"WORD", "DW"},    {".DS", "DS"},     {"DEFS", "DS"},      {".DEFS", "DS"},
-            {".BLOCK", "DS"},  {"BLOCK", "DS"},   {".END", "END"},     {".INCLUDE", "INCLUDE"},
+            {".ORG", "ORG"},        {".EQU", "EQU"}, {"=", "EQU"},    {".DB", "DB"},
+            {"DEFB", "DB"},         {".DEFB", "DB"}, {".BYTE", "DB"}, {"BYTE", "DB"},
+            {".DW", "DW"},          {"DEFW", "DW"},  {".DEFW", "DW"}, {".WORD", "DW"},
+            {"WORD", "DW"},         {".DS", "DS"},   {"DEFS", "DS"},  {".DEFS", "DS"},
+            {".BLOCK", "DS"},       {"BLOCK", "DS"}, {".END", "END"}, {".INCLUDE", "INCLUDE"},
             {"#INCLUDE", "INCLUDE"}};
         for (const auto& [from, to] : kAliases)
             if (word == from) word = to;
@@ -493,8 +521,8 @@ void Assembler::Pass1Line(int index) {
     SizeControl(line);
 }
 
-bool Assembler::BuildStatementKey(SourceLine& line, std::string word, std::string op1, std::string op2,
-                                  std::string op3) {
+bool Assembler::BuildStatementKey(SourceLine& line, std::string word, std::string op1,
+                                  std::string op2, std::string op3) {
     std::string key = word + " ";
     if (word == "EQU" || word == "ORG") {
         key += "*";
@@ -552,7 +580,8 @@ void Assembler::MeasureStatement(SourceLine& line) {
         case Directive::None: pc += static_cast<int>(e->pattern.size()); break;
         case Directive::Org: {
             const int v = Evaluate(line.Operand1, false);
-            if (v >= 0 && v <= 65535) pc = v;
+            if (v >= 0 && v <= 65535)
+                pc = v;
             else
                 MarkError(line, "Invalid argument of the ORG directive. " + Quoted(line.Operand1) +
                                     " (0-FFFFh value expected)");
@@ -563,7 +592,8 @@ void Assembler::MeasureStatement(SourceLine& line) {
         case Directive::Ds:
         case Directive::DsFill: {
             const int v = Evaluate(line.Operand1, false);
-            if (v != kExpressionError && v >= 0 && static_cast<long long>(pc) + v < 0x10000) pc += v;
+            if (v != kExpressionError && v >= 0 && static_cast<long long>(pc) + v < 0x10000)
+                pc += v;
             else
                 MarkError(line, "Invalid argument of the DS directive. " + Quoted(line.Operand1) +
                                     " (0-FFFFh value expected)");
@@ -627,7 +657,8 @@ void Assembler::Pass2Line(int index) {
     if (line.ErrorSeverity == 0) EncodeStatement(line, values);
 }
 
-bool Assembler::CheckOperand(SourceLine& line, OperandClass cls, int& value, const std::string& text) {
+bool Assembler::CheckOperand(SourceLine& line, OperandClass cls, int& value,
+                             const std::string& text) {
     if (cls == OperandClass::Relative) {
         std::string head = text.substr(0, text.find('+'));
         head = TrimText(head.substr(0, head.find('-')));
@@ -643,7 +674,8 @@ bool Assembler::CheckOperand(SourceLine& line, OperandClass cls, int& value, con
     bool ok = value >= rule.min && value <= rule.max;
     if (cls == OperandClass::Restart) ok = ok && value % 8 == 0;
     if (!ok) {
-        const std::string shown = cls == OperandClass::Relative ? std::to_string(value) : HexAndDecimal(value);
+        const std::string shown =
+            cls == OperandClass::Relative ? std::to_string(value) : HexAndDecimal(value);
         MarkError(line, "Invalid argument of the instruction. " + Quoted(shown) + rule.words);
         value = 0;
         return false;
@@ -672,8 +704,8 @@ void Assembler::EncodeData(SourceLine& line, bool words) {
         int v = element.empty() ? 0 : Evaluate(element, false);
         const bool ok = words ? (v >= -32768 && v <= 65535) : (v >= -128 && v <= 255);
         if (!ok) {
-            MarkError(line, std::string("Invalid argument of the ") + (words ? "DW" : "DB") + " directive. " +
-                                Quoted(element) +
+            MarkError(line, std::string("Invalid argument of the ") + (words ? "DW" : "DB") +
+                                " directive. " + Quoted(element) +
                                 (words ? " (-8000-FFFFh (-32768-65535) value expected)"
                                        : " (-80-FFh (-128-255) value expected)"));
             return;

@@ -76,7 +76,7 @@ struct AssemblerOptions {
 
 // Progress and the evaluator's error box. Every method may do nothing.
 class AssemblerHost : public EvaluationReporter {
-public:
+  public:
     virtual void Status(const std::string& /*first*/, const std::string& /*second*/) {}
     virtual void Pause(int /*milliseconds*/) {}
     virtual void Yield() {}
@@ -87,7 +87,7 @@ constexpr int kSilentAssembly = 1000;
 inline constexpr const char* kBookmarksComment = "'corvalent_bookmarks_and_breakpoints_info:";
 
 class Assembler {
-public:
+  public:
     Assembler(SettingsStore& settings, AssemblerHost& host, AssemblerOptions options = {});
 
     // Assembles folder + fileName. status: kSilentAssembly on entry for a silent run;
@@ -115,11 +115,12 @@ public:
     // symbols, the latch).
     int Evaluate(const std::string& text, bool silent);
 
-private:
+  private:
     void ReadMainFile(const std::string& path);
     int AppendFile(const std::string& path, int level, int includeIndex);
     void PreprocessSource();
-    std::string PreprocessedText(const std::string& orig, const std::string& c, const std::string& l);
+    std::string PreprocessedText(const std::string& orig, const std::string& c,
+                                 const std::string& l);
     void TryInclude(int i, int& level);
     void Pass1();
     void Pass1Line(int index);

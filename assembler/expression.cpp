@@ -45,7 +45,9 @@ struct Stage {
 constexpr Stage kStage16{4, 16, 5, 65535.0, true};
 constexpr Stage kStage32{8, 32, 10, 4294967295.0, false};
 
-bool StartsWith(std::string_view s, std::string_view p) { return s.substr(0, p.size()) == p; }
+bool StartsWith(std::string_view s, std::string_view p) {
+    return s.substr(0, p.size()) == p;
+}
 bool EndsWith(std::string_view s, std::string_view p) {
     return s.size() >= p.size() && s.substr(s.size() - p.size()) == p;
 }
@@ -82,8 +84,8 @@ double DecimalValue(std::string_view digits, const Stage& st) {
 
 bool IsBarePrefix(std::string_view u) {
     static constexpr std::array<std::string_view, 21> kBare = {
-        "",   "'",  "''", "\"\"", "A'", "A''", "H'", "H''", "0X", "$", "H",
-        "&H", "&",  "B'", "B''",  "%",  "0B",  "B",  "D'",  "D''", "."};
+        "",   "'", "''", "\"\"", "A'", "A''", "H'", "H''", "0X",  "$", "H",
+        "&H", "&", "B'", "B''",  "%",  "0B",  "B",  "D'",  "D''", "."};
     for (auto b : kBare)
         if (u == b) return true;
     return u == "\"";
@@ -92,8 +94,8 @@ bool IsBarePrefix(std::string_view u) {
 double ParseStage(std::string_view orig, std::string_view u, const Stage& st) {
     if (IsBarePrefix(u)) return kNotANumber;
     // 1: character literals
-    const bool charForm = (u.size() >= 2 && (u[0] == '\'' || u[0] == '"') && u.back() == u[0]) ||
-                          Quoted(u, "A'");
+    const bool charForm =
+        (u.size() >= 2 && (u[0] == '\'' || u[0] == '"') && u.back() == u[0]) || Quoted(u, "A'");
     if (charForm) {
         if (!st.characters) return kNotANumber;
         const size_t open = u[0] == 'A' ? 2 : 1;
@@ -140,13 +142,13 @@ bool InList(std::string_view w, const std::string_view (&list)[N]) {
 
 bool IsInstructionMnemonic(std::string_view word, bool unofficial) {
     static constexpr std::string_view kMnemonics[] = {
-        "ld",   "push", "pop",  "ex",   "exx",  "ldi",  "ldir", "ldd",  "lddr", "cpi",  "cpir",
-        "cpd",  "cpdr", "add",  "adc",  "sub",  "sbc",  "and",  "or",   "xor",  "cp",   "inc",
-        "dec",  "daa",  "cpl",  "neg",  "ccf",  "scf",  "nop",  "halt", "di",   "ei",   "im",
-        "rlca", "rla",  "rrca", "rra",  "rlc",  "rl",   "rrc",  "rr",   "sla",  "sra",  "srl",
-        "rld",  "rrd",  "bit",  "set",  "res",  "jp",   "jr",   "djnz", "call", "ret",  "reti",
-        "retn", "rst",  "in",   "ini",  "inir", "ind",  "indr", "out",  "outi", "otir", "outd",
-        "otdr"};
+        "ld",   "push", "pop",  "ex",   "exx",  "ldi",  "ldir", "ldd", "lddr", "cpi",
+        "cpir", "cpd",  "cpdr", "add",  "adc",  "sub",  "sbc",  "and", "or",   "xor",
+        "cp",   "inc",  "dec",  "daa",  "cpl",  "neg",  "ccf",  "scf", "nop",  "halt",
+        "di",   "ei",   "im",   "rlca", "rla",  "rrca", "rra",  "rlc", "rl",   "rrc",
+        "rr",   "sla",  "sra",  "srl",  "rld",  "rrd",  "bit",  "set", "res",  "jp",
+        "jr",   "djnz", "call", "ret",  "reti", "retn", "rst",  "in",  "ini",  "inir",
+        "ind",  "indr", "out",  "outi", "otir", "outd", "otdr"};
     const std::string w = LowerText(word.substr(0, word.find(' ')));
     if (w.empty()) return false;
     return InList(w, kMnemonics) || (unofficial && w == "sll");
@@ -154,13 +156,14 @@ bool IsInstructionMnemonic(std::string_view word, bool unofficial) {
 
 bool IsReservedKeyword(std::string_view word) {
     static constexpr std::string_view kReserved[] = {
-        "pc",     "low",    "high",    "loww",   "highw",  "org",    "equ",    "db",
-        "defb",   "dw",     "defw",    "ds",     "defs",   "end",    "byte",   "word",
-        "block",  "include", "addinstr", "avsym", "bseg",   "cseg",   "dseg",   "nseg",
-        "xseg",   "chk",    "codes",   "nocodes", "define", "defcont", "echo",  "eject",
-        "ifdef",  "ifndef", "if",      "else",   "endif",  "export", "fill",   "list",
-        "nolist", "locallabelchar", "lsfirst", "msfirst", "module", "page", "nopage", "set",
-        "sym",    "text",   "title"};
+        "pc",      "low",     "high",   "loww",    "highw",    "org",    "equ",
+        "db",      "defb",    "dw",     "defw",    "ds",       "defs",   "end",
+        "byte",    "word",    "block",  "include", "addinstr", "avsym",  "bseg",
+        "cseg",    "dseg",    "nseg",   "xseg",    "chk",      "codes",  "nocodes",
+        "define",  "defcont", "echo",   "eject",   "ifdef",    "ifndef", "if",
+        "else",    "endif",   "export", "fill",    "list",     "nolist", "locallabelchar",
+        "lsfirst", "msfirst", "module", "page",    "nopage",   "set",    "sym",
+        "text",    "title"};
     return InList(LowerText(word), kReserved);
 }
 
@@ -180,8 +183,8 @@ bool IsUnaryWord(std::string_view t) {
 }
 
 bool IsOperator(std::string_view t) {
-    static constexpr std::string_view kBinary[] = {"|", "^",  "&", "<<", ">>",
-                                                                 "+", "-",  "*", "/",  "\\"};
+    static constexpr std::string_view kBinary[] = {"|", "^", "&", "<<", ">>",
+                                                   "+", "-", "*", "/",  "\\"};
     return InList(t, kBinary) || IsUnaryWord(t);
 }
 
@@ -270,9 +273,12 @@ std::string ResolveInfix(const std::string& tokenised, int pc) {
         const bool signNear = (i + 1 < tk.size() && (tk[i + 1] == "+" || tk[i + 1] == "-")) ||
                               (i > 0 && (tk[i - 1] == "+" || tk[i - 1] == "-"));
         const std::string lower = LowerText(tk[i]);
-        if (tk[i] == "*" && signNear) tk[i] = pcText;
-        else if (tk[i] == "$" || lower == "pc") tk[i] = pcText;
-        else if (IsUnaryWord(lower)) tk[i] = lower;
+        if (tk[i] == "*" && signNear)
+            tk[i] = pcText;
+        else if (tk[i] == "$" || lower == "pc")
+            tk[i] = pcText;
+        else if (IsUnaryWord(lower))
+            tk[i] = lower;
     }
     bool valueMayBegin = true;
     for (size_t i = 0; i + 1 < tk.size(); ++i) {
@@ -308,7 +314,8 @@ bool ToPostfix(const std::string& infix, bool flat, std::vector<std::string>& ou
             stack.push_back(t);
         } else if (IsOperator(t)) {
             const int p = Precedence(t, flat);
-            while (!stack.empty() && IsOperator(stack.back()) && p <= Precedence(stack.back(), flat)) {
+            while (!stack.empty() && IsOperator(stack.back()) &&
+                   p <= Precedence(stack.back(), flat)) {
                 out.push_back(stack.back());
                 stack.pop_back();
             }
@@ -347,17 +354,27 @@ bool LookupOperand(std::string_view token, const Symbols* symbols, double& value
     return true;
 }
 
-int32_t ToInt32(double v) { return static_cast<int32_t>(static_cast<int64_t>(std::llround(v))); }
+int32_t ToInt32(double v) {
+    return static_cast<int32_t>(static_cast<int64_t>(std::llround(v)));
+}
 
 bool ApplyBinary(std::string_view op, double l, double r, double& result) {
-    if (op == "|") result = ToInt32(l) | ToInt32(r);
-    else if (op == "^") result = ToInt32(l) ^ ToInt32(r);
-    else if (op == "&") result = ToInt32(l) & ToInt32(r);
-    else if (op == "<<") result = l * std::pow(2.0, r);
-    else if (op == ">>") result = std::floor(l / std::pow(2.0, r));
-    else if (op == "+") result = l + r;
-    else if (op == "-") result = l - r;
-    else if (op == "*") result = l * r;
+    if (op == "|")
+        result = ToInt32(l) | ToInt32(r);
+    else if (op == "^")
+        result = ToInt32(l) ^ ToInt32(r);
+    else if (op == "&")
+        result = ToInt32(l) & ToInt32(r);
+    else if (op == "<<")
+        result = l * std::pow(2.0, r);
+    else if (op == ">>")
+        result = std::floor(l / std::pow(2.0, r));
+    else if (op == "+")
+        result = l + r;
+    else if (op == "-")
+        result = l - r;
+    else if (op == "*")
+        result = l * r;
     else if (op == "/" || op == "\\") {
         if (r == 0) return false;
         const double q = std::floor(l / r);
@@ -374,7 +391,8 @@ double ApplyUnary(std::string_view word, double v) {
     return std::floor(v / 65536.0);
 }
 
-void LogWithStack(std::string& log, const std::string& line, const std::vector<std::string>& stack) {
+void LogWithStack(std::string& log, const std::string& line,
+                  const std::vector<std::string>& stack) {
     std::string out = line;
     const size_t pad = out.size() + 10 <= 80 ? 80 - out.size() : 10;
     out.append(pad, ' ');
@@ -400,7 +418,8 @@ bool RunPostfix(const std::vector<std::string>& postfix, const Symbols* symbols,
             stack.pop_back();
             const std::string left = stack.back();
             double r = 0;
-            if (!ApplyBinary(t, std::strtod(left.c_str(), nullptr), std::strtod(right.c_str(), nullptr), r))
+            if (!ApplyBinary(t, std::strtod(left.c_str(), nullptr),
+                             std::strtod(right.c_str(), nullptr), r))
                 return false;
             stack.back() = NumberText(r);
             LogWithStack(log, stack.back() + " = " + left + " " + t + " " + right, stack);

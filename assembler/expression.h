@@ -17,7 +17,7 @@ constexpr double kNotANumber = 1e10;
 
 // Labels in definition order, 1-based; the first equal name wins a lookup.
 class Symbols {
-public:
+  public:
     void Clear();
     // Adds a name (upper-cased) and returns its index.
     int Add(const std::string& name, int value, int line);
@@ -29,7 +29,7 @@ public:
     int Line(int index) const { return lines_[index - 1]; }
     void SetValue(int index, int value) { values_[index - 1] = value; }
 
-private:
+  private:
     std::vector<std::string> names_;
     std::vector<int> values_;
     std::vector<int> lines_;
@@ -45,7 +45,7 @@ bool IsReservedKeyword(std::string_view word);
 
 // Shown when an evaluation fails outside silent mode (once per run).
 class EvaluationReporter {
-public:
+  public:
     virtual ~EvaluationReporter() = default;
     virtual void ShowEvaluationError(const std::string& text) = 0;
 };

@@ -17,7 +17,9 @@ std::string FourDigitLine(int n) {
     return std::string(4 - s.size(), '0') + s;
 }
 
-std::string Marker(int level) { return level == 0 ? "   " : level == 1 ? "+  " : level == 2 ? "++ " : "+++"; }
+std::string Marker(int level) {
+    return level == 0 ? "   " : level == 1 ? "+  " : level == 2 ? "++ " : "+++";
+}
 
 // The opcode text padded with blanks to a multiple of 12 (an empty one to 12).
 std::string PaddedOpcodes(const std::string& text) {
@@ -57,7 +59,8 @@ void Assembler::WriteListing(bool silent) {
         }
         const std::string opcodes = PaddedOpcodes(line.OpcodeText);
         for (size_t g = 0; g < opcodes.size(); g += 12) {
-            out += head + pb_hex4(line.Address + static_cast<int>(g / 3)) + " " + opcodes.substr(g, 12);
+            out += head + pb_hex4(line.Address + static_cast<int>(g / 3)) + " " +
+                   opcodes.substr(g, 12);
             if (g == 0) out += line.Text;
             out += kEol;
             ++s.ListingLine;

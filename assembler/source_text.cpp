@@ -9,7 +9,7 @@ namespace {
 // Walks a line and reports, for each character, whether it lies inside quotes
 // (the opening quote counts as inside, the closing one as outside).
 class QuoteTracker {
-public:
+  public:
     // Returns true when the character at i is quoted text or an opening quote.
     bool Step(std::string_view t, size_t i) {
         const char c = t[i];
@@ -27,7 +27,7 @@ public:
         return false;
     }
 
-private:
+  private:
     static bool AfterAf(std::string_view t, size_t i) {
         return i >= 2 && std::tolower(static_cast<unsigned char>(t[i - 2])) == 'a' &&
                std::tolower(static_cast<unsigned char>(t[i - 1])) == 'f';
@@ -35,7 +35,9 @@ private:
     char quote_ = 0;
 };
 
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+bool IsBlank(char c) {
+    return c == ' ' || c == '\t';
+}
 
 }  // namespace
 
@@ -77,7 +79,9 @@ std::string TrimRight(std::string_view t) {
     return std::string(t.substr(0, e));
 }
 
-std::string TrimText(std::string_view t) { return TrimLeft(TrimRight(t)); }
+std::string TrimText(std::string_view t) {
+    return TrimLeft(TrimRight(t));
+}
 
 std::string UpperText(std::string_view t) {
     std::string s(t);

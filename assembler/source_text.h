@@ -26,13 +26,13 @@ std::string LowerText(std::string_view text);
 // Scrambling of generated lines between ";crypt_start" and ";crypt_stop". The key
 // index runs on from line to line, so lines are unscrambled in writing order.
 class LineProtection {
-public:
+  public:
     void Reset() { index_ = 0; }
     std::string ProtectLine(std::string_view text);
     // A line that does not begin with ";protected:" passes unchanged.
     std::string UnprotectLine(std::string_view text);
 
-private:
+  private:
     int NextKey();
     int index_ = 0;
 };

@@ -26,25 +26,29 @@ constexpr AluOp kAlu[8] = {{"ADD A,", 0x80, 0xC6}, {"ADC A,", 0x88, 0xCE}, {"SUB
 constexpr const char* kShift[8] = {"RLC", "RRC", "RL", "RR", "SLA", "SRA", "SLL", "SRL"};
 
 class Builder {
-public:
+  public:
     explicit Builder(std::vector<VocabularyEntry>& out) : out_(out) {}
 
     void Add(std::string key, std::vector<int> pattern, std::vector<OC> classes = {}) {
-        out_.push_back({std::move(key), std::move(pattern), std::move(classes), unofficial_,
-                        Directive::None});
+        out_.push_back(
+            {std::move(key), std::move(pattern), std::move(classes), unofficial_, Directive::None});
     }
     void AddDirective(std::string key, Directive d) {
         out_.push_back({std::move(key), {}, {}, false, d});
     }
     void Unofficial(bool on) { unofficial_ = on; }
 
-private:
+  private:
     std::vector<VocabularyEntry>& out_;
     bool unofficial_ = false;
 };
 
-std::string S(const char* a) { return a; }
-std::string IdxMem(int x) { return std::string("(") + kIdx[x] + "*)"; }
+std::string S(const char* a) {
+    return a;
+}
+std::string IdxMem(int x) {
+    return std::string("(") + kIdx[x] + "*)";
+}
 
 void AddLoads(Builder& b) {
     for (int d = 0; d < 8; ++d)
@@ -54,10 +58,12 @@ void AddLoads(Builder& b) {
     for (int x = 0; x < 2; ++x) {
         const int p = kIdxPrefix[x];
         for (int r : kRegCodes) {
-            b.Add(S("LD ") + kR[r] + "," + IdxMem(x), {p, 0x46 + 8 * r, kOp1Low}, {OC::Displacement});
+            b.Add(S("LD ") + kR[r] + "," + IdxMem(x), {p, 0x46 + 8 * r, kOp1Low},
+                  {OC::Displacement});
             b.Add(S("LD ") + IdxMem(x) + "," + kR[r], {p, 0x70 + r, kOp1Low}, {OC::Displacement});
         }
-        b.Add(S("LD ") + IdxMem(x) + ",*", {p, 0x36, kOp1Low, kOp2Low}, {OC::Displacement, OC::Byte});
+        b.Add(S("LD ") + IdxMem(x) + ",*", {p, 0x36, kOp1Low, kOp2Low},
+              {OC::Displacement, OC::Byte});
     }
     b.Add("LD A,(BC)", {0x0A});
     b.Add("LD A,(DE)", {0x1A});
@@ -108,8 +114,9 @@ void AddStackAndExchange(Builder& b) {
     b.Add("EX (SP),IX", {0xDD, 0xE3});
     b.Add("EX (SP),IY", {0xFD, 0xE3});
     const std::pair<const char*, int> block[16] = {
-        {"LDI", 0xA0},  {"LDIR", 0xB0}, {"LDD", 0xA8},  {"LDDR", 0xB8}, {"CPI", 0xA1},  {"CPIR", 0xB1},
-        {"CPD", 0xA9},  {"CPDR", 0xB9}, {"INI", 0xA2},  {"INIR", 0xB2}, {"IND", 0xAA},  {"INDR", 0xBA},
+        {"LDI", 0xA0},  {"LDIR", 0xB0}, {"LDD", 0xA8},  {"LDDR", 0xB8},
+        {"CPI", 0xA1},  {"CPIR", 0xB1}, {"CPD", 0xA9},  {"CPDR", 0xB9},
+        {"INI", 0xA2},  {"INIR", 0xB2}, {"IND", 0xAA},  {"INDR", 0xBA},
         {"OUTI", 0xA3}, {"OTIR", 0xB3}, {"OUTD", 0xAB}, {"OTDR", 0xBB}};
     for (int i = 0; i < 8; ++i) b.Add(block[i].first, {0xED, block[i].second});
 }
@@ -130,8 +137,8 @@ void AddArithmetic(Builder& b) {
         b.Add(S("DEC ") + IdxMem(x), {kIdxPrefix[x], 0x35, kOp1Low}, {OC::Displacement});
     }
     const std::pair<const char*, std::vector<int>> plain[9] = {
-        {"DAA", {0x27}}, {"CPL", {0x2F}}, {"NEG", {0xED, 0x44}}, {"CCF", {0x3F}}, {"SCF", {0x37}},
-        {"NOP", {0x00}}, {"HALT", {0x76}}, {"DI", {0xF3}},       {"EI", {0xFB}}};
+        {"DAA", {0x27}}, {"CPL", {0x2F}},  {"NEG", {0xED, 0x44}}, {"CCF", {0x3F}}, {"SCF", {0x37}},
+        {"NOP", {0x00}}, {"HALT", {0x76}}, {"DI", {0xF3}},        {"EI", {0xFB}}};
     for (const auto& p : plain) b.Add(p.first, p.second);
     b.Add("IM 0", {0xED, 0x46});
     b.Add("IM 1", {0xED, 0x56});
@@ -233,10 +240,13 @@ void AddIndexHalves(Builder& b) {
     for (int x = 0; x < 2; ++x) {
         const int p = kIdxPrefix[x];
         const std::string half[2] = {S(kIdx[x]) + "h", S(kIdx[x]) + "l"};
-        auto reg = [&](int code) { return code == 4 ? half[0] : code == 5 ? half[1] : S(kR[code]); };
+        auto reg = [&](int code) {
+            return code == 4 ? half[0] : code == 5 ? half[1] : S(kR[code]);
+        };
         for (int h = 0; h < 2; ++h) {
             for (int r : five) b.Add("LD " + reg(r) + "," + half[h], {p, 0x44 + 8 * r + h});
-            for (int r : {0, 1, 2, 3, 7, 4, 5}) b.Add("LD " + half[h] + "," + reg(r), {p, 0x60 + 8 * h + r});
+            for (int r : {0, 1, 2, 3, 7, 4, 5})
+                b.Add("LD " + half[h] + "," + reg(r), {p, 0x60 + 8 * h + r});
             b.Add("LD " + half[h] + ",*", {p, 0x26 + 8 * h, kOp1Low}, {OC::Byte});
             for (const AluOp& op : kAlu) b.Add(S(op.head) + half[h], {p, op.reg + 4 + h});
             b.Add("INC " + half[h], {p, 0x24 + 8 * h});
@@ -277,7 +287,8 @@ Vocabulary::Vocabulary() {
     AddIndexHalves(b);
     AddIndexBitCopies(b);
 
-    for (int i = 0; i < static_cast<int>(entries_.size()); ++i) sorted_.emplace_back(entries_[i].key, i);
+    for (int i = 0; i < static_cast<int>(entries_.size()); ++i)
+        sorted_.emplace_back(entries_[i].key, i);
     std::stable_sort(sorted_.begin(), sorted_.end(),
                      [](const auto& a, const auto& c) { return a.first < c.first; });
 }

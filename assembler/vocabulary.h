@@ -29,13 +29,13 @@ struct VocabularyEntry {
 };
 
 class Vocabulary {
-public:
+  public:
     static const Vocabulary& Instance();
     // The entry whose key equals the text, or nullptr.
     const VocabularyEntry* Find(std::string_view key) const;
     const std::vector<VocabularyEntry>& Entries() const { return entries_; }
 
-private:
+  private:
     Vocabulary();
     std::vector<VocabularyEntry> entries_;
     std::vector<std::pair<std::string, int>> sorted_;  // key -> first index

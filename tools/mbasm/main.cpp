@@ -99,7 +99,8 @@ int main(int argc, char** argv) {
     const std::string folder = path.has_parent_path() ? path.parent_path().string() + "/" : "./";
     const std::string file = path.filename().string();
     std::string base = file;
-    if (base.size() >= 4 && mb::LowerText(base.substr(base.size() - 4)) == ".asm") base.resize(base.size() - 4);
+    if (base.size() >= 4 && mb::LowerText(base.substr(base.size() - 4)) == ".asm")
+        base.resize(base.size() - 4);
 
     mb::AssemblerHost host;
     mb::Assembler assembler(settings, host, options);
@@ -113,7 +114,8 @@ int main(int argc, char** argv) {
         const std::string& errorText = e.Text;
         const size_t at = errorText.find("Error: ");
         std::cerr << (e.File.empty() ? source : e.File) << ":" << e.FileLine
-                  << ": error: " << (at == std::string::npos ? errorText : errorText.substr(at + 7)) << "\n";
+                  << ": error: " << (at == std::string::npos ? errorText : errorText.substr(at + 7))
+                  << "\n";
     }
     if (verbose) std::cerr << assembler.FormatAssemblerErrors();
     std::cerr << "mbasm: " << errors << " error" << (errors == 1 ? "" : "s") << "\n";

@@ -1,0 +1,188 @@
+#include "assembler/expression.h"
+
+#include <gtest/gtest.h>
+
+namespace mb {
+namespace {
+
+TEST(ParseNumber, LiteralForms) {
+    struct Case {
+        const char* text;
+        double want;
+    } cases[] = {
+        {"0BH", 11},
+        {"1BH", 27},
+        {"0B1", 1},
+        {"101B", 5},
+        {"'A'", 65},
+        {"\"a\"", 97},
+        {"A'z'", 122},
+        {"H'FF'", 255},
+        {"0x1F", 31},
+        {"$C000", 49152},
+        {"0FFFFh", 65535},
+        {"&H10", 16},
+        {"&10", 16},
+        {"B'101'", 5},
+        {"%1111", 15},
+        {"D'99'", 99},
+        {".123", 123},
+        {"65535", 65535},
+        {"#10", 10},
+        {"0000012", 12},
+        {"65536", 65536},
+        {"4294967295", 4294967295.0},
+        {"12345678H", 305419896},
+        {"%10000000000000000", 65536},
+    };
+    for (const auto& c : cases) EXPECT_DOUBLE_EQ(ParseNumber(c.text), c.want) << c.text;
+}
+
+TEST(ParseNumber, TextsThatAreNoNumber) {
+    for (const char* bad :
+         {"",  "'",   "''",  "\"\"", "A'",         "A''",         "H'",  "H''",  "0X", "$",
+          "H", "&H",  "&",   "B'",   "B''",        "%",           "0B",  "B",    "D'", "D''",
+          ".", "12D", "1.5", "'AB'", "4294967296", "123456789AH", "0XG", "%102", "+5", "1E3"})
+        EXPECT_GE(ParseNumber(bad), kNotANumber) << bad;
+}
+
+TEST(WordLists, MnemonicsAndReservedWords) {
+    EXPECT_TRUE(IsInstructionMnemonic("ld", false));
+    EXPECT_TRUE(IsInstructionMnemonic("OTDR A", false));
+    EXPECT_FALSE(IsInstructionMnemonic("sll", false));
+    EXPECT_TRUE(IsInstructionMnemonic("SLL", true));
+    EXPECT_FALSE(IsInstructionMnemonic("loop", false));
+    EXPECT_TRUE(IsReservedKeyword("Include"));
+    EXPECT_TRUE(IsReservedKeyword("locallabelchar"));
+    EXPECT_FALSE(IsReservedKeyword("HL"));
+}
+
+class Evaluator : public ::testing::Test {
+  protected:
+    int Eval(const char* text, bool flat = false) {
+        ExpressionContext ctx;
+        ctx.symbols = &symbols;
+        ctx.programCounter = 0x1000;
+        ctx.noOperatorPrecedence = flat;
+        return EvaluateExpression(text, true, ctx);
+    }
+    Symbols symbols;
+};
+
+TEST_F(Evaluator, ExamplesUsersWrite) {
+    symbols.Add("table", 0x2000, 1);
+    symbols.Add("ABH", 7, 2);
+    symbols.Add("LATER", kUndefinedValue, 3);
+    struct Case {
+        const char* text;
+        int want;
+    } cases[] = {
+        {"$+2", 0x1002},
+        {"*+2", 0x1002},
+        {"PC+2", 0x1002},
+        {"pc+2", 0x1002},
+        {"2+$", 0x1002},
+        {"3*4", 12},
+        {"-1", -1},
+        {"5 - -1", 6},
+        {"#-1", -1},
+        {"#10", 10},
+        {"<1234H", 0x34},
+        {">1234H", 0x12},
+        {"low 1234H", 0x34},
+        {"HIGH 1234H", 0x12},
+        {"highw 12345678H", 0x1234},
+        {"loww 12345678H", 0x5678},
+        {"low -1", 255},
+        {"7\\3", 1},
+        {"-7\\3", 2},
+        {"7/2", 3},
+        {"-7/2", -4},
+        {"(1<<31)>>1", 1073741824},
+        {"1+2*3", 7},
+        {"[1+2]*3", 9},
+        {"'A'+1", 66},
+        {"\"A\"", 65},
+        {"' '", 32},
+        {"$FF", 255},
+        {"%101", 5},
+        {"TABLE+1", 0x2001},
+        {"ABH", 7},
+        {"10|5", 15},
+        {"12&10", 8},
+        {"12^10", 6},
+        {"100-10-1", 89},
+        {"2*(3+4)", 14},
+        {"LATER-1", 2147483646},
+    };
+    for (const auto& c : cases) EXPECT_EQ(Eval(c.text), c.want) << c.text;
+}
+
+TEST_F(Evaluator, Failures) {
+    symbols.Add("LATER", kUndefinedValue, 1);
+    for (const char* bad : {"*", "1<<31", "'AB'", "&FF", "2*-3", "(1+2", "1+2)", "5/0", "5\\0",
+                            "NOWHERE", "1 2", "+", "LATER", ""})
+        EXPECT_EQ(Eval(bad), kExpressionError) << bad;
+}
+
+TEST_F(Evaluator, NoOperatorPrecedenceRunsLeftToRight) {
+    EXPECT_EQ(Eval("1+2*3", true), 9);
+    EXPECT_EQ(Eval("1+(2*3)", true), 7);
+    EXPECT_EQ(Eval("2+low 1234H", true), 0x36);
+}
+
+TEST_F(Evaluator, LogLayout) {
+    ExpressionContext ctx;
+    ctx.symbols = &symbols;
+    ctx.programCounter = 5;
+    Evaluation ev = EvaluateWithLog("$+2*3", ctx);
+    EXPECT_EQ(ev.value, 11);
+    const std::string want =
+        "Original: $+2*3\n"
+        "Infix: 5 + 2 * 3\n"
+        "Postfix: 5 2 3 * +\n"
+        "Execution:\n"
+        "6 = 2 * 3" +
+        std::string(71, ' ') +
+        "stack: 5 6\n"
+        "11 = 5 + 6" +
+        std::string(70, ' ') +
+        "stack: 11\n"
+        "Output: 11 11\n";
+    EXPECT_EQ(ev.log, want);
+}
+
+class RecordingReporter : public EvaluationReporter {
+  public:
+    void ShowEvaluationError(const std::string& text) override { shown.push_back(text); }
+    std::vector<std::string> shown;
+};
+
+TEST_F(Evaluator, OneErrorBoxPerRun) {
+    RecordingReporter reporter;
+    bool latch = false;
+    ExpressionContext ctx;
+    ctx.symbols = &symbols;
+    ctx.evaluationReported = &latch;
+    ctx.reporter = &reporter;
+    EXPECT_EQ(EvaluateExpression("XYZ", true, ctx), kExpressionError);
+    EXPECT_TRUE(reporter.shown.empty());
+    EvaluateExpression("XYZ", false, ctx);
+    EvaluateExpression("ABC", false, ctx);
+    ASSERT_EQ(reporter.shown.size(), 1u);
+    EXPECT_EQ(reporter.shown[0].rfind(
+                  "Error evaluating expression: XYZ\nExpression evaluation log:\n", 0),
+              0u);
+}
+
+TEST(Symbols, FirstEqualEntryWinsAndCaseIsIgnored) {
+    Symbols s;
+    s.Add("Loop", 1, 1);
+    s.Add("LOOP", 2, 2);
+    EXPECT_EQ(s.FindLabel("loop"), 1);
+    EXPECT_EQ(s.Value(s.FindLabel("LoOp")), 1);
+    EXPECT_EQ(s.FindLabel("other"), 0);
+}
+
+}  // namespace
+}  // namespace mb

@@ -1,0 +1,182 @@
+#include "test_support.h"
+
+namespace mb::testing {
+namespace {
+
+using Listing = AssemblerFixture;
+
+const std::string kHeader =
+    "---------------------------------------------\r\n"
+    "CORVALENT Z80 ASSEMBLER LISTING\r\n"
+    "Line   Addr Opcode      Label   Instruction\r\n"
+    "---------------------------------------------\r\n";
+
+TEST_F(Listing, EmptySourceGivesHeaderAndEmptyObject) {
+    Write("prog.asm", "");
+    EXPECT_EQ(Assemble(), 0);
+    EXPECT_EQ(Read("prog.lst"), kHeader + "Number of errors = 0\r\n");
+    EXPECT_TRUE(Exists("prog.obj"));
+    EXPECT_EQ(Read("prog.obj"), "");
+    EXPECT_EQ(Read("prog.hex"), ":00000001FF\r\n");
+}
+
+TEST_F(Listing, ColumnsContinuationsAndErrors) {
+    Write("prog.asm",
+          "; text\n"
+          "\tDB 1,2,3,4\n"
+          "\tDB 1,2,3,4,5\n"
+          "L1:\tLD A,300 ; too big\n"
+          "\tDB 1,2,3,4,5,6,7,8,9,10\n");
+    EXPECT_EQ(Assemble(), 1);
+    EXPECT_EQ(Read("prog.lst"), kHeader +
+                                    "0001   0000             ; text\r\n"
+                                    "0002   0000 01 02 03 04 \tDB 1,2,3,4\r\n"
+                                    "0003   0004 01 02 03 04 \tDB 1,2,3,4,5\r\n"
+                                    "0003   0008 05          \r\n"
+                                    "0004   0009             L1:\tLD A,300 ; too big\r\n"
+                                    "Line 0004: Error: Invalid argument of the instruction. '12Ch "
+                                    "(300)' (-80-FFh (-128-255) value expected)\r\n"
+                                    "0005   000B 01 02 03 04 \tDB 1,2,3,4,5,6,7,8,9,10\r\n"
+                                    "0005   000F 05 06 07 08 \r\n"
+                                    "0005   0013 09 0A       \r\n"
+                                    "Number of errors = 1\r\n");
+    const auto& errors = assembler->Session().ErrorList;
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_EQ(errors[0].ListingLine, 10);
+    EXPECT_EQ(
+        errors[0].Text,
+        "Line 0004:     L1: LD A,300          Error: Invalid argument of the instruction. '12Ch "
+        "(300)' (-80-FFh (-128-255) value expected)");
+    // The failed line keeps its space; the image keeps the fill value there.
+    EXPECT_EQ(Read("prog.obj").substr(9, 2), std::string(2, '\0'));
+}
+
+TEST_F(Listing, LineTenThousandShowsItsLastFourDigits) {
+    std::string source;
+    for (int i = 1; i < 10000; ++i) source += ";\n";
+    source += " NOP\n";
+    Write("prog.asm", source);
+    EXPECT_EQ(Assemble(), 0);
+    EXPECT_NE(Read("prog.lst").find("\r\n0000   0000 00           NOP\r\n"), std::string::npos);
+}
+
+TEST_F(Listing, IncludedLinesStandWhereTheIncludeStands) {
+    Write("lib.inc", " NOP\n INCLUDE \"deep.inc\"\n ;\n");
+    Write("deep.inc", " HALT\n");
+    Write("prog.asm", " INCLUDE \"lib.inc\"\n LD A,1\n");
+    EXPECT_EQ(Assemble(), 0);
+    EXPECT_EQ(Read("prog.lst"), kHeader +
+                                    "0001   0000              INCLUDE \"lib.inc\"\r\n"
+                                    "0001+  0000 00           NOP\r\n"
+                                    "0002+  0001              INCLUDE \"deep.inc\"\r\n"
+                                    "0001++ 0001 76           HALT\r\n"
+                                    "0003+  0002              ;\r\n"
+                                    "0002   0002 3E 01        LD A,1\r\n"
+                                    "Number of errors = 0\r\n");
+    EXPECT_EQ(Read("prog.obj"), std::string("\x00\x76\x3E\x01", 4));
+}
+
+TEST_F(Listing, IncludeOnTheLastLineOfAnIncludedFileGoesOnBehindItsParent) {
+    Write("lib.inc", " NOP\n INCLUDE \"deep.inc\"\n");
+    Write("deep.inc", " HALT\n");
+    Write("prog.asm", " INCLUDE \"lib.inc\"\n LD A,1\n DB 2\n");
+    EXPECT_EQ(Assemble(), 0);
+    EXPECT_EQ(Read("prog.obj"), std::string("\x00\x76\x3E\x01\x02", 5));
+}
+
+TEST_F(Listing, IncludeNestingLimitStopsDeeperLevels) {
+    settings.SetSettingInt("Assembler Include Nesting Level Limit", 1);
+    Write("lib.inc", " NOP\n INCLUDE \"deep.inc\"\n");
+    Write("deep.inc", " HALT\n");
+    Write("prog.asm", " INCLUDE \"lib.inc\"\n LD A,1\n");
+    EXPECT_EQ(Assemble(), 0);
+    EXPECT_EQ(Read("prog.obj"), std::string("\x00\x3E\x01", 3));
+}
+
+TEST_F(Listing, IncludeOnTheLastLineAddsNothing) {
+    Write("lib.inc", " NOP\n");
+    Write("prog.asm", " HALT\n INCLUDE \"lib.inc\"\n");
+    EXPECT_EQ(Assemble(), 0);
+    EXPECT_EQ(Read("prog.obj"), std::string("\x76", 1));
+}
+
+TEST_F(Listing, IncludeArgumentErrors) {
+    Write("prog.asm",
+          " INCLUDE lib.inc\n"
+          " INCLUDE \"lib.txt\"\n"
+          " INCLUDE \"missing.inc\"\n"
+          " INCLUDE <x>\n");
+    EXPECT_EQ(Assemble(), 4);
+    EXPECT_EQ(LineAt(1).ErrorText, "Invalid argument of the INCLUDE directive.");
+    EXPECT_EQ(LineAt(2).ErrorText, ".ASM (or .INC) file extension expected.");
+    EXPECT_EQ(LineAt(3).ErrorText, "File \"" + folder + "missing.inc\" does not exist.");
+    EXPECT_EQ(LineAt(4).ErrorText, ".ASM (or .INC) file extension expected.");
+}
+
+TEST_F(Listing, ErrorsInIncludedFilesNameTheFile) {
+    Write("lib.inc", " LD A,999\n");
+    Write("prog.asm", " INCLUDE \"lib.inc\"\n NOP\n ORG 1000000\n");
+    EXPECT_EQ(Assemble(), 2);
+    EXPECT_TRUE(assembler->Session().ErrorInIncludeFile);
+    EXPECT_EQ(
+        assembler->FormatAssemblerErrors(),
+        "Here is the list of assembler errors:\n"
+        "<" +
+            folder +
+            "lib.inc>: Line 0001:     LD A,999          Error: Invalid argument of the "
+            "instruction. '3E7h (999)' (-80-FFh (-128-255) value expected)\n"
+            "Line 0003:     ORG 1000000          Error: Invalid argument of the ORG directive. "
+            "'1000000' (0-FFFFh value expected)\n");
+}
+
+TEST_F(Listing, ErrorBoxListsSizeErrorFirstAndAtMostTen) {
+    std::string source = " ORG 0FFFFh\n NOP\n NOP\n";
+    for (int i = 0; i < 11; ++i) source += " FOO\n";
+    Write("prog.asm", source);
+    EXPECT_EQ(Assemble(), 12);
+    const std::string box = assembler->FormatAssemblerErrors();
+    EXPECT_EQ(box.rfind("Here is the list of the first 10 assembler errors:\nLine 0003:", 0), 0u);
+    EXPECT_EQ(std::count(box.begin(), box.end(), '\n'), 11);
+}
+
+TEST_F(Listing, FillValueAndObjectStartAddress) {
+    settings.SetSettingInt("OBJ File Fill Value", 0xFF);
+    Write("prog.asm", " ORG 10h\n DB 1,2\n ORG 30h\n DB 0FFh\n");
+    EXPECT_EQ(Assemble(), 0);
+    std::string want(16, '\xFF');
+    want += "\x01\x02" + std::string(30, '\xFF');
+    want += '\xFF';
+    EXPECT_EQ(Read("prog.obj"), want);
+    // The first and third blocks are all fill value and are left out; the last
+    // record is short and is written although it holds only fill bytes.
+    EXPECT_EQ(Read("prog.hex"),
+              ":100010000102FFFFFFFFFFFFFFFFFFFFFFFFFFFFEB\r\n"
+              ":01003000FFD0\r\n"
+              ":00000001FF\r\n");
+}
+
+TEST_F(Listing, GeneratedSourceWithErrorsLeavesNoOutput) {
+    options.GenerateObjCopy = true;
+    options.ObjCopyExtension = "bin";
+    Write("prog.asm", " NOP\n");
+    Assembler first(settings, host, options);
+    EXPECT_EQ(first.AssembleGeneratedSource(folder, "prog"), 0);
+    EXPECT_TRUE(Exists("prog.obj"));
+    EXPECT_TRUE(Exists("prog.hex"));
+    EXPECT_TRUE(Exists("prog.bin"));
+
+    Write("prog.asm", " FOO\n");
+    Assembler second(settings, host, options);
+    EXPECT_EQ(second.AssembleGeneratedSource(folder, "prog"), 1);
+    for (const char* out : {"prog.lst", "prog.obj", "prog.hex", "prog.bin"})
+        EXPECT_FALSE(Exists(out)) << out;
+}
+
+TEST_F(Listing, BookmarksLineIsDropped) {
+    Write("prog.asm", " NOP\n;'corvalent_bookmarks_and_breakpoints_info:1,2\n");
+    EXPECT_EQ(Assemble(), 0);
+    EXPECT_EQ(assembler->Session().MainLineCount, 1);
+}
+
+}  // namespace
+}  // namespace mb::testing

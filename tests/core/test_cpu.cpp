@@ -57,10 +57,14 @@ void Cpu::Step(int count) {
 
 void ExpectRegs(const Machine& m, const Regs& r) {
     auto check = [](const char* name, int actual, int expected) {
-        if (expected >= 0) EXPECT_EQ(actual, expected) << name;
+        if (expected >= 0) {
+            EXPECT_EQ(actual, expected) << name;
+        }
     };
     check("A", m.A, r.a);
-    if (r.f >= 0) EXPECT_EQ(FlagText(ComposeFlags(m)), FlagText(r.f)) << "flags";
+    if (r.f >= 0) {
+        EXPECT_EQ(FlagText(ComposeFlags(m)), FlagText(r.f)) << "flags";
+    }
     check("B", m.B, r.b);
     check("C", m.C, r.c);
     check("D", m.D, r.d);
@@ -86,9 +90,13 @@ void RunCase(const Case& c, bool unofficial) {
     for (const Cell& port : c.portIn) m.PortImage[port.address] = port.value;
     cpu.Step();
     ExpectRegs(m, c.out);
-    if (c.t >= 0) EXPECT_EQ(m.TStates, c.t) << "T-states";
-    if (c.t >= 0) EXPECT_EQ(m.ClockCycles, c.t) << "clock cycles";
-    if (c.len >= 0) EXPECT_EQ(m.PC, kOrigin + c.len) << "length";
+    if (c.t >= 0) {
+        EXPECT_EQ(m.TStates, c.t) << "T-states";
+        EXPECT_EQ(m.ClockCycles, c.t) << "clock cycles";
+    }
+    if (c.len >= 0) {
+        EXPECT_EQ(m.PC, kOrigin + c.len) << "length";
+    }
     for (const Cell& cell : c.memOut)
         EXPECT_EQ(m.MemoryImage[cell.address], cell.value) << "memory at " << cell.address;
     for (const Cell& port : c.portOut)

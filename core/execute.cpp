@@ -12,6 +12,9 @@
 // store as a high byte.
 #include "execute.h"
 
+// Scalar stores are cheaper here than the vector packing of neighbouring fields.
+#pragma GCC optimize("no-tree-slp-vectorize")
+
 #include <array>
 #include <utility>
 
@@ -333,45 +336,6 @@ MB_ALWAYS_INLINE void BaseBlock2(Machine& m) {
     m.PC += 1;
 }
 
-// Runs a prefix group and, when it did not decode its opcode, the fallback: the
-// prefix (with its second byte for CB and ED when unofficial instructions are on)
-// runs as a no-operation and execution goes on after it.
-template <int Prefix>
-MB_NOINLINE void Prefixed(Machine& m) {
-    IncrementR(m);
-    if constexpr (Prefix == 0xCB)
-        exec::CbGroup(m);
-    else if constexpr (Prefix == 0xED)
-        exec::EdGroup(m);
-    else if constexpr (Prefix == 0xDD)
-        exec::IndexGroup(m, m.IX);
-    else
-        exec::IndexGroup(m, m.IY);
-    if (m.PrefixRecognised) return;
-
-    constexpr bool twoBytes = Prefix == 0xCB || Prefix == 0xED;
-    if (twoBytes && m.UnofficialEnabled) {
-        m.TStates = 8;
-        m.PC += 2;
-    } else {
-        m.TStates = 4;
-        m.PC += 1;
-        DecrementR(m);
-    }
-    if (m.TextMode) {
-        if (!m.UnofficialEnabled)
-            m.CurrentInstructionText = "UNRECOGNIZED";
-        else if constexpr (Prefix == 0xCB)
-            m.CurrentInstructionText = "CB NOP NOP";
-        else if constexpr (Prefix == 0xED)
-            m.CurrentInstructionText = "ED NOP NOP";
-        else if constexpr (Prefix == 0xDD)
-            m.CurrentInstructionText = "DD NOP";
-        else
-            m.CurrentInstructionText = "FD NOP";
-    }
-}
-
 // Opcodes C0-FF.
 template <int Op>
 MB_ALWAYS_INLINE void BaseBlock3(Machine& m) {
@@ -422,7 +386,7 @@ MB_ALWAYS_INLINE void BaseBlock3(Machine& m) {
             m.TStates = 10;
             InfiniteLoopTest(m, pc);
         } else if constexpr (y == 1) {
-            Prefixed<0xCB>(m);
+            exec::PrefixCB(m);
         } else if constexpr (y == 2) {  // OUT (n),A
             PortOut(m, Cell(m, pc + 1), m.A);
             m.TStates = 11;
@@ -474,11 +438,11 @@ MB_ALWAYS_INLINE void BaseBlock3(Machine& m) {
             m.PC = Word(m, pc + 1);
             m.TStates = 17;
         } else if constexpr (p == 1) {
-            Prefixed<0xDD>(m);
+            exec::PrefixDD(m);
         } else if constexpr (p == 2) {
-            Prefixed<0xED>(m);
+            exec::PrefixED(m);
         } else {
-            Prefixed<0xFD>(m);
+            exec::PrefixFD(m);
         }
     } else if constexpr (z == 6) {  // ALU A,n
         Alu8<y>(m, Cell(m, pc + 1));
@@ -546,6 +510,12 @@ MB_NOINLINE void RunEndStage(Machine& m) {
     if (m.EndStageMask & kEndStageModules) stage->ModuleRefresh(m);
 }
 
+// Step 8, the next text, and steps 9 to 14.
+MB_NOINLINE void FinishInstruction(Machine& m) {
+    if (m.TextMode) SetNextText(m);
+    if (m.EndStageMask) RunEndStage(m);
+}
+
 MB_NOINLINE void EnableInterruptsAfterEi(Machine& m) {
     m.EiPending = false;
     m.IFF1 = 1;
@@ -561,35 +531,37 @@ void ExecuteInstruction(Machine& m) {
         EnableInterruptsAfterEi(m);
 
     // 2, 3.
+    const int textMode = m.SimulationRate != kRateUltimate;
     m.HaltThisInstruction = 0;
-    m.TextMode = m.SimulationRate != kRateUltimate;
+    m.TextMode = textMode;
     m.InstructionPC = m.PC;
     IncrementR(m);
 
     // 4. The text is taken from memory before the instruction can change PC or
     // overwrite its own bytes.
-    if (m.TextMode) SetCurrentText(m);
-
+    if (textMode) [[unlikely]]
+        SetCurrentText(m);
     kOpcodeTable[m.MemoryImage[m.PC] & 255](m);
 
     // 5. With unofficial instructions off, X and Y always show their power-on value.
     if (!m.UnofficialEnabled) {
         const int pinned = exec::PinnedXY(m);
-        m.FlagX = m.FlagY = m.AltFlagX = m.AltFlagY = pinned;
+        m.FlagX = pinned;
+        m.FlagY = pinned;
+        m.AltFlagX = pinned;
+        m.AltFlagY = pinned;
     }
 
     // 6, 7.
     m.InstructionCount = exec::Wrap32(m.InstructionCount, 1);
     m.ClockCycles = exec::Wrap32(m.ClockCycles, m.TStates);
     m.HaltState = m.HaltThisInstruction;
-    if (m.PC > 65535) m.PC -= 65536;
+    if (m.PC > 65535) [[unlikely]]
+        m.PC -= 65536;
 
-    // 8.
-    if (m.TextMode) SetNextText(m);
-
-    // 9-14.
-    if (m.EndStageMask) [[unlikely]]
-        RunEndStage(m);
+    // 8 to 14, behind one test when there is nothing to do.
+    if (m.TextMode | m.EndStageMask) [[unlikely]]
+        FinishInstruction(m);
 }
 
 }  // namespace mb

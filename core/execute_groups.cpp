@@ -1,7 +1,10 @@
 // The prefix groups: CB, ED, DD/FD (one routine over IX or IY) and DDCB/FDCB.
 // Each is entered with PC on its prefix, decides first whether it decodes the
-// opcode, and only then changes the machine; ExecuteInstruction applies the
-// fallback of an undecoded prefix.
+// opcode, and only then changes the machine. CB and DD/FD, which programs use
+// most, have one function per opcode like the base table; ED decodes at run time.
+#include <array>
+#include <utility>
+
 #include "access.h"
 #include "alu.h"
 #include "execute.h"
@@ -266,15 +269,24 @@ void SetIndexHalf(int& idx, int code, int v) {
 }
 
 // An 8-bit operand of the unofficial index forms: H and L stand for the halves.
-int IndexReg8(Machine& m, int idx, int code) {
-    return code == 4 || code == 5 ? IndexHalf(idx, code) : Reg8(m, code);
+template <int Code>
+MB_ALWAYS_INLINE int IndexReg8(Machine& m, int idx) {
+    if constexpr (Code == 4 || Code == 5)
+        return IndexHalf(idx, Code);
+    else
+        return Reg8<Code>(m);
 }
 
-void SetIndexReg8(Machine& m, int& idx, int code, int v) {
-    if (code == 4 || code == 5)
-        SetIndexHalf(idx, code, v);
+template <int Code>
+MB_ALWAYS_INLINE void SetIndexReg8(Machine& m, int& idx, int v) {
+    if constexpr (Code == 4 || Code == 5)
+        SetIndexHalf(idx, Code, v);
     else
-        Reg8(m, code) = v;
+        Reg8<Code>(m) = v;
+}
+
+MB_ALWAYS_INLINE int IndexedAddress(const Machine& m, int idx) {
+    return Addr(idx + Signed8(Cell(m, m.PC + 2)));
 }
 
 // DDCB d op / FDCB d op. Every operation takes 23 T-states, BIT included.
@@ -287,7 +299,7 @@ void IndexCbGroup(Machine& m, int idx) {
         Unrecognised(m);
         return;
     }
-    const int address = Addr(idx + Signed8(Cell(m, pc + 2)));
+    const int address = IndexedAddress(m, idx);
     const int v = MemoryRead(m, address);
     if (x == 1) {
         BitTest(m, v, y);
@@ -300,73 +312,173 @@ void IndexCbGroup(Machine& m, int idx) {
     m.PC = pc + 4;
 }
 
-// Opcodes of the 40-BF blocks with an index operand. Returns false when not decoded.
-bool IndexLoadsAndAlu(Machine& m, int& idx, int op) {
-    const int x = op >> 6, y = (op >> 3) & 7, z = op & 7;
+// One DD (UseIY false) or FD opcode. Sets PrefixRecognised to 0, changing
+// nothing, for an opcode the group does not decode or an unofficial one while
+// unofficial instructions are off.
+template <int Op, bool UseIY>
+void IndexOp(Machine& m) {
+    constexpr int x = Op >> 6, y = (Op >> 3) & 7, z = Op & 7, p = y >> 1;
+    constexpr bool halfLoad =
+        x == 1 && Op != 0x76 && z != 6 && y != 6 && (y == 4 || y == 5 || z == 4 || z == 5);
+    constexpr bool halfAlu = x == 2 && (z == 4 || z == 5);
+    constexpr bool halfIncDec = Op == 0x24 || Op == 0x25 || Op == 0x2C || Op == 0x2D;
+    constexpr bool halfLoadImmediate = Op == 0x26 || Op == 0x2E;
+    constexpr bool unofficialOp = halfLoad || halfAlu || halfIncDec || halfLoadImmediate;
+    int& idx = UseIY ? m.IY : m.IX;
     const int pc = m.PC;
-    const bool unofficial = m.UnofficialEnabled != 0;
-    if (x == 1 && op != 0x76) {
-        if (z == 6 || y == 6) {  // LD r,(idx+d) and LD (idx+d),r with the real H and L
-            const int address = Addr(idx + Signed8(Cell(m, pc + 2)));
-            if (z == 6)
-                Reg8(m, y) = MemoryRead(m, address);
-            else
-                MemoryWrite(m, address, Reg8(m, z));
-            m.TStates = 19;
-            m.PC = pc + 3;
-            return true;
+    if constexpr (unofficialOp) {
+        if (!m.UnofficialEnabled) {
+            Unrecognised(m);
+            return;
         }
-        const bool usesHalf = y == 4 || y == 5 || z == 4 || z == 5;
-        if (!usesHalf || !unofficial) return Unrecognised(m);
-        SetIndexReg8(m, idx, y, IndexReg8(m, idx, z));
-        m.TStates = 8;
-        m.PC = pc + 2;
-        return true;
-    }
-    if (x == 2) {
-        if (z == 6) {
-            Alu8(m, y, MemoryRead(m, Addr(idx + Signed8(Cell(m, pc + 2)))));
-            m.TStates = 19;
-            m.PC = pc + 3;
-            return true;
-        }
-        if ((z != 4 && z != 5) || !unofficial) return Unrecognised(m);
-        Alu8(m, y, IndexHalf(idx, z));
-        m.TStates = 8;
-        m.PC = pc + 2;
-        return true;
-    }
-    return Unrecognised(m);
-}
-
-}  // namespace
-
-void CbGroup(Machine& m) {
-    const int pc = m.PC;
-    const int op = Cell(m, pc + 1);
-    const int x = op >> 6, y = (op >> 3) & 7, z = op & 7;
-    if (x == 0 && y == 6 && !m.UnofficialEnabled) {  // SLL
-        Unrecognised(m);
-        return;
     }
     m.PrefixRecognised = 1;
-    m.TStates = 8;
-    const int address = Addr(RegHL(m));
-    const int v = z == 6 ? MemoryRead(m, address) : Reg8(m, z);
-    if (x == 1) {
-        BitTest(m, v, y);
-        if (z == 6) m.TStates = 12;
+    if constexpr ((Op & 0xCF) == 0x09) {  // ADD idx,rr; the pair 2 is idx itself
+        idx = Add16(m, idx, p == 2 ? idx : GetPair(m, p));
+        m.TStates = 15;
+        m.PC = pc + 2;
+    } else if constexpr (Op == 0x21) {
+        idx = Word(m, pc + 2);
+        m.TStates = 14;
+        m.PC = pc + 4;
+    } else if constexpr (Op == 0x22) {
+        const int nn = Word(m, pc + 2);
+        MemoryWrite(m, Addr(nn), idx % 256);
+        MemoryWrite(m, Addr(nn + 1), idx / 256);
+        m.TStates = 20;
+        m.PC = pc + 4;
+    } else if constexpr (Op == 0x2A) {
+        const int nn = Word(m, pc + 2);
+        const int low = MemoryRead(m, Addr(nn));
+        idx = low + MemoryRead(m, Addr(nn + 1)) * 256;
+        m.TStates = 20;
+        m.PC = pc + 4;
+    } else if constexpr (Op == 0x23 || Op == 0x2B) {
+        idx = Step16(idx, Op == 0x23 ? 1 : -1);
+        m.TStates = 10;
+        m.PC = pc + 2;
+    } else if constexpr (Op == 0x34 || Op == 0x35) {
+        const int address = IndexedAddress(m, idx);
+        const int v = MemoryRead(m, address);
+        MemoryWrite(m, address, Op == 0x34 ? Inc8(m, v) : Dec8(m, v));
+        m.TStates = 23;
+        m.PC = pc + 3;
+    } else if constexpr (Op == 0x36) {
+        MemoryWrite(m, IndexedAddress(m, idx), Cell(m, pc + 3));
+        m.TStates = 19;
+        m.PC = pc + 4;
+    } else if constexpr (halfIncDec) {  // INC/DEC IXh, IXl
+        const int v = IndexHalf(idx, y);
+        SetIndexHalf(idx, y, (Op & 1) ? Dec8(m, v) : Inc8(m, v));
+        m.TStates = 8;
+        m.PC = pc + 2;
+    } else if constexpr (halfLoadImmediate) {  // LD IXh,n  LD IXl,n
+        SetIndexHalf(idx, y, Cell(m, pc + 2));
+        m.TStates = 11;
+        m.PC = pc + 3;
+    } else if constexpr (x == 1 && Op != 0x76 && z == 6) {  // LD r,(idx+d) with the real H and L
+        Reg8<y>(m) = MemoryRead(m, IndexedAddress(m, idx));
+        m.TStates = 19;
+        m.PC = pc + 3;
+    } else if constexpr (x == 1 && Op != 0x76 && y == 6) {  // LD (idx+d),r
+        MemoryWrite(m, IndexedAddress(m, idx), Reg8<z>(m));
+        m.TStates = 19;
+        m.PC = pc + 3;
+    } else if constexpr (halfLoad) {
+        SetIndexReg8<y>(m, idx, IndexReg8<z>(m, idx));
+        m.TStates = 8;
+        m.PC = pc + 2;
+    } else if constexpr (x == 2 && z == 6) {
+        Alu8<y>(m, MemoryRead(m, IndexedAddress(m, idx)));
+        m.TStates = 19;
+        m.PC = pc + 3;
+    } else if constexpr (halfAlu) {
+        Alu8<y>(m, IndexHalf(idx, z));
+        m.TStates = 8;
+        m.PC = pc + 2;
+    } else if constexpr (Op == 0xE1) {
+        idx = PopWord(m);
+        m.TStates = 14;
+        m.PC = pc + 2;
+    } else if constexpr (Op == 0xE5) {
+        PushWord(m, idx);
+        m.TStates = 15;
+        m.PC = pc + 2;
+    } else if constexpr (Op == 0xE3) {
+        idx = ExchangeStackTop(m, idx);
+        m.TStates = 23;
+        m.PC = pc + 2;
+    } else if constexpr (Op == 0xE9) {  // JP (idx): no infinite-loop test
+        m.PC = idx;
+        m.TStates = 8;
+    } else if constexpr (Op == 0xF9) {
+        m.SP = idx;
+        m.TStates = 10;
+        m.PC = pc + 2;
+    } else if constexpr (Op == 0xCB) {
+        IndexCbGroup(m, idx);
     } else {
-        const int r = x == 0 ? Shift8(m, y, v) : x == 2 ? ResetBit(v, y) : SetBit(v, y);
-        if (z == 6) {
-            MemoryWrite(m, address, r);
-            m.TStates = 15;
-        } else {
-            Reg8(m, z) = r;
+        Unrecognised(m);
+    }
+}
+
+// ---- CB group ----
+
+template <int Op>
+void CbOp(Machine& m) {
+    constexpr int x = Op >> 6, y = (Op >> 3) & 7, z = Op & 7;
+    if constexpr (x == 0 && y == 6) {  // SLL
+        if (!m.UnofficialEnabled) {
+            Unrecognised(m);
+            return;
         }
+    }
+    m.PrefixRecognised = 1;
+    const int pc = m.PC;
+    if constexpr (z == 6) {
+        const int address = Addr(RegHL(m));
+        const int v = MemoryRead(m, address);
+        if constexpr (x == 1) {
+            BitTest(m, v, y);
+            m.TStates = 12;
+        } else {
+            MemoryWrite(m, address,
+                        x == 0   ? Shift8(m, y, v)
+                        : x == 2 ? ResetBit(v, y)
+                                 : SetBit(v, y));
+            m.TStates = 15;
+        }
+    } else {
+        int& r = Reg8<z>(m);
+        if constexpr (x == 0)
+            r = Shift8(m, y, r);
+        else if constexpr (x == 1)
+            BitTest(m, r, y);
+        else if constexpr (x == 2)
+            r = ResetBit(r, y);
+        else
+            r = SetBit(r, y);
+        m.TStates = 8;
     }
     m.PC = pc + 2;
 }
+
+using GroupFunction = void (*)(Machine&);
+using GroupTable = std::array<GroupFunction, 256>;
+
+template <int... Ops>
+constexpr GroupTable MakeCbTable(std::integer_sequence<int, Ops...>) {
+    return {&CbOp<Ops>...};
+}
+
+template <bool UseIY, int... Ops>
+constexpr GroupTable MakeIndexTable(std::integer_sequence<int, Ops...>) {
+    return {&IndexOp<Ops, UseIY>...};
+}
+
+constexpr GroupTable kCbTable = MakeCbTable(std::make_integer_sequence<int, 256>{});
+constexpr GroupTable kDdTable = MakeIndexTable<false>(std::make_integer_sequence<int, 256>{});
+constexpr GroupTable kFdTable = MakeIndexTable<true>(std::make_integer_sequence<int, 256>{});
 
 void EdGroup(Machine& m) {
     const int op = Cell(m, m.PC + 1);
@@ -379,109 +491,58 @@ void EdGroup(Machine& m) {
         Unrecognised(m);
 }
 
-void IndexGroup(Machine& m, int& idx) {
-    const int pc = m.PC;
-    const int op = Cell(m, pc + 1);
-    const bool unofficial = m.UnofficialEnabled != 0;
-    m.PrefixRecognised = 1;
-    switch (op) {
-        case 0x09:
-        case 0x19:
-        case 0x29:
-        case 0x39: {  // ADD idx,rr; the pair 2 is idx itself
-            const int p = op >> 4;
-            idx = Add16(m, idx, p == 2 ? idx : GetPair(m, p));
-            m.TStates = 15;
-            m.PC = pc + 2;
-            break;
-        }
-        case 0x21:
-            idx = Word(m, pc + 2);
-            m.TStates = 14;
-            m.PC = pc + 4;
-            break;
-        case 0x22: {
-            const int nn = Word(m, pc + 2);
-            MemoryWrite(m, Addr(nn), idx % 256);
-            MemoryWrite(m, Addr(nn + 1), idx / 256);
-            m.TStates = 20;
-            m.PC = pc + 4;
-            break;
-        }
-        case 0x2A: {
-            const int nn = Word(m, pc + 2);
-            const int low = MemoryRead(m, Addr(nn));
-            idx = low + MemoryRead(m, Addr(nn + 1)) * 256;
-            m.TStates = 20;
-            m.PC = pc + 4;
-            break;
-        }
-        case 0x23:
-        case 0x2B:
-            idx = Step16(idx, op == 0x23 ? 1 : -1);
-            m.TStates = 10;
-            m.PC = pc + 2;
-            break;
-        case 0x34:
-        case 0x35: {
-            const int address = Addr(idx + Signed8(Cell(m, pc + 2)));
-            const int v = MemoryRead(m, address);
-            MemoryWrite(m, address, op == 0x34 ? Inc8(m, v) : Dec8(m, v));
-            m.TStates = 23;
-            m.PC = pc + 3;
-            break;
-        }
-        case 0x36:
-            MemoryWrite(m, Addr(idx + Signed8(Cell(m, pc + 2))), Cell(m, pc + 3));
-            m.TStates = 19;
-            m.PC = pc + 4;
-            break;
-        case 0x24:
-        case 0x25:
-        case 0x2C:
-        case 0x2D: {  // INC/DEC IXh, IXl
-            if (!unofficial) return (void)Unrecognised(m);
-            const int code = op >> 3 & 7;
-            const int v = IndexHalf(idx, code);
-            SetIndexHalf(idx, code, (op & 1) ? Dec8(m, v) : Inc8(m, v));
-            m.TStates = 8;
-            m.PC = pc + 2;
-            break;
-        }
-        case 0x26:
-        case 0x2E:  // LD IXh,n  LD IXl,n
-            if (!unofficial) return (void)Unrecognised(m);
-            SetIndexHalf(idx, op >> 3 & 7, Cell(m, pc + 2));
-            m.TStates = 11;
-            m.PC = pc + 3;
-            break;
-        case 0xE1:
-            idx = PopWord(m);
-            m.TStates = 14;
-            m.PC = pc + 2;
-            break;
-        case 0xE5:
-            PushWord(m, idx);
-            m.TStates = 15;
-            m.PC = pc + 2;
-            break;
-        case 0xE3:
-            idx = ExchangeStackTop(m, idx);
-            m.TStates = 23;
-            m.PC = pc + 2;
-            break;
-        case 0xE9:  // JP (idx): no infinite-loop test
-            m.PC = idx;
-            m.TStates = 8;
-            break;
-        case 0xF9:
-            m.SP = idx;
-            m.TStates = 10;
-            m.PC = pc + 2;
-            break;
-        case 0xCB: IndexCbGroup(m, idx); break;
-        default: IndexLoadsAndAlu(m, idx, op); break;
+// The fallback of an undecoded prefix: the prefix (with its second byte for CB
+// and ED when unofficial instructions are on) runs as a no-operation and
+// execution goes on after it.
+template <int Prefix>
+MB_NOINLINE void Fallback(Machine& m) {
+    constexpr bool twoBytes = Prefix == 0xCB || Prefix == 0xED;
+    if (twoBytes && m.UnofficialEnabled) {
+        m.TStates = 8;
+        m.PC += 2;
+    } else {
+        m.TStates = 4;
+        m.PC += 1;
+        DecrementR(m);
     }
+    if (m.TextMode) {
+        if (!m.UnofficialEnabled)
+            m.CurrentInstructionText = "UNRECOGNIZED";
+        else if constexpr (Prefix == 0xCB)
+            m.CurrentInstructionText = "CB NOP NOP";
+        else if constexpr (Prefix == 0xED)
+            m.CurrentInstructionText = "ED NOP NOP";
+        else if constexpr (Prefix == 0xDD)
+            m.CurrentInstructionText = "DD NOP";
+        else
+            m.CurrentInstructionText = "FD NOP";
+    }
+}
+
+template <int Prefix>
+MB_ALWAYS_INLINE void RunPrefix(Machine& m, const GroupTable& table) {
+    IncrementR(m);
+    table[Cell(m, m.PC + 1)](m);
+    if (!m.PrefixRecognised) [[unlikely]]
+        Fallback<Prefix>(m);
+}
+
+}  // namespace
+
+void PrefixCB(Machine& m) {
+    RunPrefix<0xCB>(m, kCbTable);
+}
+void PrefixDD(Machine& m) {
+    RunPrefix<0xDD>(m, kDdTable);
+}
+void PrefixFD(Machine& m) {
+    RunPrefix<0xFD>(m, kFdTable);
+}
+
+void PrefixED(Machine& m) {
+    IncrementR(m);
+    EdGroup(m);
+    if (!m.PrefixRecognised) Fallback<0xED>(m);
 }
 
 }  // namespace mb::exec

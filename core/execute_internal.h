@@ -84,10 +84,13 @@ inline int ExchangeStackTop(Machine& m, int value) {
     return old;
 }
 
-// The prefix groups, entered with PC on the (first) prefix. Each sets
-// PrefixRecognised, and changes nothing when it does not decode its opcode.
-void CbGroup(Machine& m);
-void EdGroup(Machine& m);
-void IndexGroup(Machine& m, int& idx);
+// The prefixes CB, ED, DD and FD, entered with PC on the (first) prefix and R
+// raised once. Each raises R again, runs its group, and when the group does not
+// decode the opcode (PrefixRecognised 0) applies the fallback of undecoded
+// prefixes.
+void PrefixCB(Machine& m);
+void PrefixED(Machine& m);
+void PrefixDD(Machine& m);
+void PrefixFD(Machine& m);
 
 }  // namespace mb::exec

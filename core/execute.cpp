@@ -7,9 +7,10 @@
 // every port number to 8 bits, as the chip's own buses would do; PushWord and
 // PopWord wrap SP the same way. A relative jump that lands below 0 adds 65536, so
 // JR from 0000H backwards continues at the top of memory like the chip; a target
-// above FFFFH is brought back at the end of the cycle. So no access can leave
-// MemoryImage or PortImage, even when a register holds the 256 that PushWord may
-// store as a high byte.
+// above FFFFH is brought back at the end of the cycle, and a PC that reaches the
+// cycle out of range (set by other code) is wrapped before the fetch. So no
+// access can leave MemoryImage or PortImage, even when a register holds the 256
+// that PushWord may store as a high byte.
 #include "execute.h"
 
 // Scalar stores are cheaper here than the vector packing of neighbouring fields.
@@ -534,6 +535,8 @@ void ExecuteInstruction(Machine& m) {
     const int textMode = m.SimulationRate != kRateUltimate;
     m.HaltThisInstruction = 0;
     m.TextMode = textMode;
+    if (static_cast<unsigned>(m.PC) > 65535u) [[unlikely]]
+        m.PC &= 0xFFFF;  // a PC set out of range from outside the cycle
     m.InstructionPC = m.PC;
     IncrementR(m);
 

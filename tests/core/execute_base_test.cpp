@@ -693,6 +693,17 @@ TEST(ExecuteBase, AddressesWrapInsideMemory) {
     EXPECT_EQ(e.m.MemoryImage[0x0000], 0xAB);
     EXPECT_EQ(e.m.MemoryImage[0x10000], 0);
 
+    // A PC set out of range by other code is wrapped before the fetch.
+    for (int pc : {0x10000 + 0x20, 0x100FF + 0x21, -0x10000 + 0x20}) {
+        Cpu w;
+        w.Load(0x0020, {0x3E, 0x42});  // LD A,42H
+        w.m.PC = pc;
+        w.Step();
+        EXPECT_EQ(w.m.A, pc == 0x100FF + 0x21 ? 0 : 0x42) << pc;
+        EXPECT_GE(w.m.PC, 0);
+        EXPECT_LE(w.m.PC, 0xFFFF);
+    }
+
     // A register pair holding 256 in its high half (from a pushed return address)
     // still addresses memory inside 0..FFFFH.
     Cpu h;

@@ -14,7 +14,9 @@
 #include "execute.h"
 
 // Scalar stores are cheaper here than the vector packing of neighbouring fields.
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC optimize("no-tree-slp-vectorize")
+#endif
 
 #include <array>
 #include <utility>
@@ -46,11 +48,11 @@ int PopWord(Machine& m) {
 }
 
 void IncrementR(Machine& m) {
-    m.R = (m.R & 128) | ((m.R + 1) & 127);
+    exec::RaiseR(m);
 }
 
 void DecrementR(Machine& m) {
-    m.R = (m.R & 128) | ((m.R - 1) & 127);
+    exec::LowerR(m);
 }
 
 namespace {
@@ -538,7 +540,7 @@ void ExecuteInstruction(Machine& m) {
     if (static_cast<unsigned>(m.PC) > 65535u) [[unlikely]]
         m.PC &= 0xFFFF;  // a PC set out of range from outside the cycle
     m.InstructionPC = m.PC;
-    IncrementR(m);
+    exec::RaiseR(m);
 
     // 4. The text is taken from memory before the instruction can change PC or
     // overwrite its own bytes.

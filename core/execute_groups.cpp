@@ -503,7 +503,7 @@ MB_NOINLINE void Fallback(Machine& m) {
     } else {
         m.TStates = 4;
         m.PC += 1;
-        DecrementR(m);
+        LowerR(m);
     }
     if (m.TextMode) {
         if (!m.UnofficialEnabled)
@@ -521,7 +521,7 @@ MB_NOINLINE void Fallback(Machine& m) {
 
 template <int Prefix>
 MB_ALWAYS_INLINE void RunPrefix(Machine& m, const GroupTable& table) {
-    IncrementR(m);
+    RaiseR(m);
     table[Cell(m, m.PC + 1)](m);
     if (!m.PrefixRecognised) [[unlikely]]
         Fallback<Prefix>(m);
@@ -540,7 +540,7 @@ void PrefixFD(Machine& m) {
 }
 
 void PrefixED(Machine& m) {
-    IncrementR(m);
+    RaiseR(m);
     EdGroup(m);
     if (!m.PrefixRecognised) Fallback<0xED>(m);
 }

@@ -68,6 +68,14 @@ inline int& Reg8(Machine& m, int code) {
     return m.*kReg8[code];
 }
 
+// IncrementR and DecrementR for the hot path: R counts in its low seven bits.
+MB_ALWAYS_INLINE void RaiseR(Machine& m) {
+    m.R = (m.R & 128) | ((m.R + 1) & 127);
+}
+MB_ALWAYS_INLINE void LowerR(Machine& m) {
+    m.R = (m.R & 128) | ((m.R - 1) & 127);
+}
+
 // The value X and Y are pinned to while unofficial instructions are off.
 MB_ALWAYS_INLINE int PinnedXY(const Machine& m) {
     return (m.FFPowerOnDefaults.size() == 3 && m.FFPowerOnDefaults == "OFF") ? 0 : 1;

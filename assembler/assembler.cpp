@@ -277,6 +277,7 @@ int Assembler::AssembleGeneratedSource(const std::string& folder, const std::str
 int Assembler::AppendFile(const std::string& path, int level, int includeIndex) {
     std::vector<std::string> text;
     ReadLines(path, text);
+    session_.Lines.reserve(session_.Lines.size() + text.size());
     if (!text.empty() && text.back().find(kBookmarksComment) != std::string::npos) text.pop_back();
     for (size_t k = 0; k < text.size(); ++k) {
         SourceLine line;

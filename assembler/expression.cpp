@@ -171,6 +171,7 @@ bool IsReservedKeyword(std::string_view word) {
 
 std::string NumberText(double v) {
     if (v == 0) return "0";
+    if (v == std::floor(v) && std::fabs(v) < 1e15) return std::to_string(static_cast<long long>(v));
     char buf[40];
     std::snprintf(buf, sizeof buf, "%.15g", v);
     return buf;

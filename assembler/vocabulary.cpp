@@ -287,10 +287,7 @@ Vocabulary::Vocabulary() {
     AddIndexHalves(b);
     AddIndexBitCopies(b);
 
-    for (int i = 0; i < static_cast<int>(entries_.size()); ++i)
-        sorted_.emplace_back(entries_[i].key, i);
-    std::stable_sort(sorted_.begin(), sorted_.end(),
-                     [](const auto& a, const auto& c) { return a.first < c.first; });
+    for (int i = 0; i < static_cast<int>(entries_.size()); ++i) index_.emplace(entries_[i].key, i);
 }
 
 const Vocabulary& Vocabulary::Instance() {
@@ -299,10 +296,8 @@ const Vocabulary& Vocabulary::Instance() {
 }
 
 const VocabularyEntry* Vocabulary::Find(std::string_view key) const {
-    auto it = std::lower_bound(sorted_.begin(), sorted_.end(), key,
-                               [](const auto& e, std::string_view k) { return e.first < k; });
-    if (it == sorted_.end() || it->first != key) return nullptr;
-    return &entries_[it->second];
+    auto it = index_.find(key);
+    return it == index_.end() ? nullptr : &entries_[it->second];
 }
 
 }  // namespace mb

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace mb {
@@ -38,7 +39,7 @@ class Vocabulary {
   private:
     Vocabulary();
     std::vector<VocabularyEntry> entries_;
-    std::vector<std::pair<std::string, int>> sorted_;  // key -> first index
+    std::unordered_map<std::string_view, int> index_;  // key -> first entry
 };
 
 }  // namespace mb

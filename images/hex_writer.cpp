@@ -19,7 +19,8 @@ std::string ChecksumText(std::string_view pairs) {
 bool WriteObjectFile(const std::string& path, const HexImageRange& range) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     if (!out) return false;
-    for (int a = range.first; a <= range.last; ++a) out.put(static_cast<char>((*range.cells)[a] & 0xFF));
+    for (int a = range.first; a <= range.last; ++a)
+        out.put(static_cast<char>((*range.cells)[a] & 0xFF));
     return static_cast<bool>(out);
 }
 

@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+
+#include "images/hex_writer.h"
+#include "test_image_host.h"
+
+namespace mb::testing {
+namespace {
+
+const std::string kHead = "Input program file in Intel Hex Format contains errors.\nLine number ";
+
+TEST(ChecksumText, TwoUpperCaseDigits) {
+    EXPECT_EQ(ChecksumText("00000001"), "FF");
+    EXPECT_EQ(ChecksumText("0300300002337A"), "1E");
+    EXPECT_EQ(ChecksumText("0100000000"), "FF");
+    EXPECT_EQ(ChecksumText("01000000FF"), "00");  // a sum of 0 gives 256, printed "00"
+}
+
+std::string Record(const std::string& body) {
+    return ":" + body + ChecksumText(body) + "\n";
+}
+
+TEST(ReadIntelHex, EveryNumberedError) {
+    struct Case {
+        std::string text;
+        const char* message;
+    } cases[] = {
+        {"X0300300002337A1E\n", "1: The record does not begin with ':' simbol."},
+        {":0300300\n", "1: The record is too short."},
+        {":0300300002337A1F\n", "1: Invalid 'checksum' field in the record."},
+        {":0300300002337a1e\n", "1: Invalid 'checksum' field in the record."},
+        {Record("00000006"), "1: Invalid 'record type' field in the record."},
+        {Record("0100000000") + Record("020000040001") + Record("0100000000"),
+         "3: Address out of range."},
+        {Record("030000040001FF"), "1: Invalid '04 type' record."},
+        {Record("020001040000"), "1: Invalid '04 type' record."},
+        {Record("02000004GGGG"), "1: Invalid '04 type' record."},
+        {Record("0300000001"), "1: The record does not contain the specified number of bytes."},
+        {Record("01FFFF0000") + Record("02FFFF000102"), "2: Address out of range."},
+        {Record("0100000000") + Record("02000000GG00"), "2: Invalid data byte in the record."},
+        {Record("020000021001"), "1: Invalid '02 type' record."},
+        {Record("020001021000"), "1: Invalid '02 type' record."},
+        {Record("00000001"), ""},
+    };
+    for (const auto& c : cases) {
+        TempFolder dir;
+        ScriptedImageHost host;
+        HexBuffer buffer;
+        ReadIntelHex(dir.Write("p.hex", c.text), buffer, host);
+        const std::string want = *c.message
+                                     ? kHead + c.message
+                                     : "Input program file in Intel Hex Format contains no data.";
+        EXPECT_EQ(host.Last(), want) << c.text;
+    }
+}
+
+TEST(ReadIntelHex, SegmentAndLinearRecordsMoveTheAddress) {
+    TempFolder dir;
+    ScriptedImageHost host;
+    HexBuffer buffer;
+    const std::string text = Record("020000020100") + Record("0100050011") +
+                             Record("020000040000") + Record("00000003") + Record("00000005") +
+                             Record("00000001");
+    EXPECT_EQ(ReadIntelHex(dir.Write("p.hex", text), buffer, host), 0x1006);
+    EXPECT_EQ(buffer.cells[0x1005], 0x11);
+}
+
+TEST(ReadIntelHex, InvalidLengthAndAddressFields) {
+    // Checksums are made to match so that the field checks are reached.
+    const std::string badLength = "G0000000";
+    const std::string badAddress = "0100G000";
+    for (const auto& [body, ending] :
+         {std::pair{badLength, ": Invalid 'number of bytes' field in the record."},
+          std::pair{badAddress, ": Invalid 'address' field in the record."}}) {
+        TempFolder dir;
+        ScriptedImageHost host;
+        HexBuffer buffer;
+        ReadIntelHex(dir.Write("p.hex", ":" + body + "00" + ChecksumText(body + "00") + "\n"),
+                     buffer, host);
+        EXPECT_EQ(host.Last(), kHead + "1" + ending) << body;
+    }
+}
+
+TEST(ReadIntelHex, LineEndsBlankAndCommentLines) {
+    for (const char* eol : {"\n", "\r\n", "\r"}) {
+        const std::string text = std::string(";comment") + eol + eol + ":0300300002337A1E" + eol +
+                                 "   " + eol + ":00000001FF" + eol + "garbage after the end" + eol;
+        TempFolder dir;
+        ScriptedImageHost host;
+        HexBuffer buffer;
+        EXPECT_EQ(ReadIntelHex(dir.Write("p.hex", text), buffer, host), 0x33)
+            << "eol " << int(eol[0]);
+        EXPECT_TRUE(host.messages.empty());
+        EXPECT_EQ(buffer.cells[0x30], 0x02);
+        EXPECT_EQ(buffer.cells[0x32], 0x7A);
+        EXPECT_EQ(buffer.lowestAddress, 0x30);
+    }
+}
+
+TEST(ReadIntelHex, OnlyTheEndRecordHasNoData) {
+    TempFolder dir;
+    ScriptedImageHost host;
+    HexBuffer buffer;
+    EXPECT_EQ(ReadIntelHex(dir.Write("p.hex", ":00000001FF\n"), buffer, host), 0);
+    EXPECT_EQ(host.Last(), "Input program file in Intel Hex Format contains no data.");
+}
+
+TEST(WriteIntelHex, SkipsFullBlocksOfTheSkipValueOnly) {
+    std::vector<int> cells(65536, 0);
+    for (int a = 0; a < 16; ++a) cells[a] = 1;
+    cells[40] = 5;  // block 32..47 holds one non-zero byte; block 16..31 is all zero
+    const std::string text = IntelHexText({&cells, 0, 40}, 0);
+    EXPECT_EQ(text,
+              ":1000000001010101010101010101010101010101E0\r\n"
+              ":09002000000000000000000005D2\r\n"
+              ":00000001FF\r\n");
+}
+
+}  // namespace
+}  // namespace mb::testing

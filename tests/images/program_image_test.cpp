@@ -80,8 +80,11 @@ TEST_F(Images, SaveAndLoadRoundTripInBothFormats) {
         const std::string name = filter == 2 ? "saved.hex" : "saved.obj";
         EXPECT_EQ(host.Last(), "Operation completed.\nTotal 65 (0.06K) bytes saved.");
         EXPECT_EQ(images.ProgramFileName(), (dir.path / name).string());
-        if (filter == 1) EXPECT_EQ(dir.Read(name).size(), 65u);
-        if (filter == 2) EXPECT_EQ(dir.Read(name).find(":10002000"), std::string::npos);
+        if (filter == 1) {
+            EXPECT_EQ(dir.Read(name).size(), 65u);
+        } else {
+            EXPECT_EQ(dir.Read(name).find(":10002000"), std::string::npos);
+        }
 
         std::vector<int> before(m->MemoryImage.begin(), m->MemoryImage.begin() + 65536);
         images.ClearMemory();

@@ -180,3 +180,76 @@ TEST_F(Listing, BookmarksLineIsDropped) {
 
 }  // namespace
 }  // namespace mb::testing
+
+namespace mb::testing {
+namespace {
+
+using Session = AssemblerFixture;
+
+TEST_F(Session, ProtectedLinesAssembleAsThePlainLines) {
+    LineProtection protection;
+    const std::string first = protection.ProtectLine(" LD A,5");
+    const std::string second = protection.ProtectLine(" DB \"a;b\",9\t; tab and quote");
+    LineProtection reader;
+    EXPECT_EQ(reader.UnprotectLine(first), " LD A,5");
+    EXPECT_EQ(reader.UnprotectLine(second), " DB \"a;b\",9\t; tab and quote");
+    EXPECT_EQ(reader.UnprotectLine(" NOP"), " NOP");
+
+    Write("prog.asm", first + "\n" + second + "\n");
+    EXPECT_EQ(Assemble(), 0);
+    EXPECT_EQ(Read("prog.obj"), std::string("\x3E\x05\x61\x3B\x62\x09", 6));
+}
+
+TEST_F(Session, AddressMapTiesAddressesToLines) {
+    options.Tracking = true;
+    Write("lib.inc", " INC A\n");
+    Write("prog.asm", " ORG 100h\n LD A,1\n INCLUDE \"lib.inc\"\n HALT\n");
+    EXPECT_EQ(Assemble(), 0);
+    const AddressMap& map = assembler->Session().Map;
+    ASSERT_TRUE(map.Valid);
+    EXPECT_EQ(map.FileLine[0x100], 2);
+    EXPECT_EQ(map.ListingLine[0x100], 6);
+    EXPECT_EQ(map.IncludeIndex[0x102], 1);
+    EXPECT_EQ(map.FileLine[0x102], 1);
+    EXPECT_EQ(map.FileLine[0x103], 4);
+
+    Write("bad.asm", " FOO\n");
+    EXPECT_EQ(Assemble("bad.asm"), 1);
+    EXPECT_FALSE(assembler->Session().Map.Valid);
+}
+
+class RecordingHost : public AssemblerHost {
+  public:
+    void Status(const std::string& first, const std::string& second) override {
+        if (statuses.empty() || statuses.back() != first) statuses.push_back(first);
+        lastSecond = second;
+    }
+    void Pause(int ms) override { paused += ms; }
+    std::vector<std::string> statuses;
+    std::string lastSecond;
+    int paused = 0;
+};
+
+TEST_F(Session, ProgressIsShownUnlessSilent) {
+    RecordingHost recording;
+    Write("prog.asm", " NOP\n");
+    Assembler loud(settings, recording, options);
+    int status = 0;
+    loud.AssembleSource(folder, "prog.asm", status);
+    EXPECT_EQ(recording.statuses,
+              (std::vector<std::string>{"Loading source file.", "Running ASM preprocessor.",
+                                        "Performing pass 1.", "Performing pass 2.",
+                                        "Writing LST file.", "Writing OBJ file."}));
+    EXPECT_EQ(recording.paused, 800);
+
+    RecordingHost quiet;
+    Assembler silent(settings, quiet, options);
+    status = kSilentAssembly;
+    EXPECT_EQ(silent.AssembleSource(folder, "prog.asm", status), 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_TRUE(quiet.statuses.empty());
+    EXPECT_EQ(quiet.paused, 0);
+}
+
+}  // namespace
+}  // namespace mb::testing

@@ -2,10 +2,9 @@
 // the machine's separate flag fields and keeps 8-bit results in 0..255 by explicit
 // comparison.
 //
-// The X and Y copies (bits 3 and 5) are always written here. With unofficial
-// instructions off, ExecuteInstruction pins both of them (and the alternates) at
-// the end of every instruction, so nothing can observe the value written in
-// between; writing unconditionally keeps the hot path free of a test.
+// The X and Y copies (bits 3 and 5) are written only with unofficial
+// instructions on; with them off, ExecuteInstruction pins both (and the
+// alternates) at the end of every instruction.
 #pragma once
 
 #include "machine.h"
@@ -21,6 +20,7 @@ inline int Parity(int v) {
 }
 
 inline void SetXY(Machine& m, int v) {
+    if (!m.UnofficialEnabled) return;  // pinned at the end of the instruction instead
     m.FlagX = (v >> 3) & 1;
     m.FlagY = (v >> 5) & 1;
 }

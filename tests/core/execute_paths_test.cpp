@@ -19,20 +19,16 @@ class RecordingModule : public ExternalModule {
     std::vector<std::string> events;
     void objectinit() override {}
     void objectrefresh() override {}
-    void readmem(int& address, int&) override { events.push_back("R" + Hex(address)); }
-    void writemem(int& address, int& value) override {
-        events.push_back("W" + Hex(address) + "=" + Hex(value));
-    }
-    void readio(int& port, int&) override { events.push_back("I" + Hex(port)); }
-    void writeio(int& port, int& value) override {
-        events.push_back("O" + Hex(port) + "=" + Hex(value));
-    }
+    void readmem(int& address, int&) override { Record("R%X", address); }
+    void writemem(int& address, int& value) override { Record("W%X=%X", address, value); }
+    void readio(int& port, int&) override { Record("I%X", port); }
+    void writeio(int& port, int& value) override { Record("O%X=%X", port, value); }
 
   private:
-    static std::string Hex(int v) {
-        char text[8];
-        std::snprintf(text, sizeof text, "%X", v);
-        return text;
+    void Record(const char* format, int a, int b = 0) {
+        char text[24];
+        std::snprintf(text, sizeof text, format, a, b);
+        events.emplace_back(text);
     }
 };
 

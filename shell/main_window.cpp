@@ -1,0 +1,476 @@
+#include "main_window.h"
+
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDateTime>
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QFileDialog>
+#include <QFontDatabase>
+#include <QGridLayout>
+#include <QInputDialog>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QThread>
+#include <QTime>
+#include <QVBoxLayout>
+#include <fstream>
+
+#include "core/numtext.h"
+#include "settings/settings_store.h"
+
+namespace mb {
+
+namespace {
+constexpr const char* kTitle = "Marrowgate Bench";
+const QString kRateCaptions[6] = {"Step By Step", "Slow", "Normal", "Fast", "Extremely Fast", "Ultimate"};
+
+QString Hex(int value, int digits) { return QString::fromStdString(HexDigits(value, digits)); }
+}  // namespace
+
+RegisterField::RegisterField(const QString& name, int digits, QWidget* parent)
+    : QLabel(parent), name_(name), digits_(digits) {
+    setFrameStyle(QFrame::Panel | QFrame::Sunken);
+    setAlignment(Qt::AlignCenter);
+    setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    setMinimumWidth(fontMetrics().horizontalAdvance('0') * (digits + 2));
+    setToolTip(QObject::tr("Double-click to change %1").arg(name));
+}
+
+void RegisterField::mouseDoubleClickEvent(QMouseEvent*) { emit EditRequested(this); }
+
+MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
+    : QMainWindow(parent), settings_(settings), m_(std::make_unique<Machine>()) {
+    hooks_.host = this;
+    hooks_.log = &log_;
+    rc_ = std::make_unique<RunControl>(*m_, *this, settings_, hooks_, log_);
+    images_ = std::make_unique<ProgramImages>(*m_, settings_, *this);
+    connect(&ultimateTimer_, &QTimer::timeout, this, [this] { rc_->ultimatetimer(); });
+
+    setWindowTitle(kTitle);
+    setCentralWidget(BuildRegisterDisplay());
+    BuildMenus();
+    ReadStartupSettings();
+    clean(*m_);
+    rc_->LoadSettings();
+    rc_->menuspeed(m_->SimulationRate);
+    if (settings_.GetSettingText("Save Positions", "ON") == "ON") {
+        const int left = settings_.GetSettingInt("Window1 Left", 2000);
+        const int top = settings_.GetSettingInt("Window1 Top", 1230);
+        move(left < 0 ? 2000 / 15 : left / 15, top < 0 ? 1230 / 15 : top / 15);
+    }
+    ekran();
+    UpdateCommands();
+}
+
+MainWindow::~MainWindow() = default;
+
+// The start-up table: the options the machine and run control read.
+void MainWindow::ReadStartupSettings() {
+    Machine& m = *m_;
+    settings_.GetSettingText("Last Path", QDir::homePath().toStdString());
+    m.HaltStopsSimulation = settings_.GetSettingInt("HALT Stops Simulation New", 1);
+    m.InfiniteLoopStopsSimulation = settings_.GetSettingInt("Infinite Loop Stop New", 0);
+    m.FFPowerOnDefaults = settings_.GetSettingText("FF Power On Defaults", "ON");
+    m.UnofficialEnabled = settings_.GetSettingInt("Enable Unofficial Instructions", 0);
+    m.RelativeBranchHex = settings_.GetSettingInt("Display Relative Branch Hex Argument", 0);
+    m.ClockMHz = static_cast<float>(SettingNumber(settings_.GetSettingText("Clock Frequency", "4")));
+    if (m.ClockMHz < 0.01f || m.ClockMHz > 120.0f) m.ClockMHz = 4.0f;
+    m.StartingAddress = static_cast<int>(SettingNumber(settings_.GetSettingText("Starting Address", "0"))) & 0xFFFF;
+    m.ObjOffset = settings_.GetSettingInt("Offset Address For OBJ Files Loading", 0) & 0xFFFF;
+    settings_.GetSettingText("Show Confirmations", "OFF");
+    settings_.GetSettingInt("Messages Duration", 3);
+}
+
+QWidget* MainWindow::BuildRegisterDisplay() {
+    auto* central = new QWidget(this);
+    auto* layout = new QVBoxLayout(central);
+    auto* grid = new QGridLayout;
+    const char* regs[7] = {"A", "B", "C", "D", "E", "H", "L"};
+    for (int i = 0; i < 7; ++i) {
+        AddField(grid, 0, i, regs[i], regs[i], 2);
+        AddField(grid, 2, i, QString(regs[i]) + "'", QString(regs[i]) + "'", 2);
+    }
+    const char* flags[8] = {"S", "Z", "Y", "H", "X", "P", "N", "C"};
+    for (int i = 0; i < 8; ++i) {
+        AddField(grid, 4, i, QString("F") + flags[i], QString("Flag") + flags[i], 1);
+        AddField(grid, 6, i, QString("F") + flags[i] + "'", QString("Flag") + flags[i] + "'", 1);
+    }
+    const std::pair<const char*, int> others[9] = {{"I", 2},    {"R", 2},  {"IFF1", 1}, {"IFF2", 1}, {"IM", 1},
+                                                   {"IX", 4},   {"IY", 4}, {"SP", 4},   {"PC", 4}};
+    for (int i = 0; i < 9; ++i) AddField(grid, 8, i, others[i].first, others[i].first, others[i].second);
+    layout->addLayout(grid);
+
+    auto* info = new QGridLayout;
+    auto label = [&](int row, const QString& caption) {
+        info->addWidget(new QLabel(caption, central), row, 0);
+        auto* value = new QLabel(central);
+        value->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+        value->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        info->addWidget(value, row, 1);
+        return value;
+    };
+    current_ = label(0, tr("Instruction:"));
+    next_ = label(1, tr("Next instruction:"));
+    count_ = label(2, tr("Instructions:"));
+    cycles_ = label(3, tr("Clock cycles:"));
+    program_ = label(4, tr("Program:"));
+    layout->addLayout(info);
+
+    auto* buttons = new QHBoxLayout;
+    nmi_ = new QPushButton("NMI", central);
+    int_ = new QPushButton("INT", central);
+    reset_ = new QPushButton("RESET", central);
+    connect(nmi_, &QPushButton::clicked, this, [this] { rc_->Command1(); UpdateCommands(); });
+    connect(int_, &QPushButton::clicked, this, [this] { rc_->Command2(); UpdateCommands(); });
+    connect(reset_, &QPushButton::pressed, this, [this] { rc_->Command3Press(); });
+    connect(reset_, &QPushButton::released, this, [this] { rc_->Command3Release(); UpdateCommands(); });
+    for (QPushButton* b : {nmi_, int_, reset_}) buttons->addWidget(b);
+    buttons->addStretch();
+    layout->addLayout(buttons);
+    layout->addStretch();
+    return central;
+}
+
+void MainWindow::AddField(QGridLayout* grid, int row, int col, const QString& caption, const QString& name,
+                          int digits) {
+    auto* title = new QLabel(caption, grid->parentWidget());
+    title->setAlignment(Qt::AlignCenter);
+    auto* field = new RegisterField(name, digits, grid->parentWidget());
+    grid->addWidget(title, row, col);
+    grid->addWidget(field, row + 1, col);
+    fields_[name] = field;
+    connect(field, &RegisterField::EditRequested, this, &MainWindow::OnFieldEdit);
+}
+
+void MainWindow::BuildMenus() {
+    auto add = [this](QMenu* menu, const QString& caption, auto slot) {
+        QAction* a = menu->addAction(caption);
+        connect(a, &QAction::triggered, this, [this, slot] {
+            slot();
+            UpdateCommands();
+            ekran();
+        });
+        actions_[caption] = a;
+        return a;
+    };
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    add(file, "Clear Memory", [this] { images_->ClearMemory(); });
+    add(file, "Load Program", [this] { images_->menuload(); });
+    add(file, "Reload", [this] { images_->menureload(); });
+    add(file, "Save Memory", [this] { images_->menusave(); });
+    add(file, "Load Another Program File", [this] { images_->menuload2(); });
+    file->addSeparator();
+    add(file, "Exit", [this] { close(); });
+
+    QMenu* sim = menuBar()->addMenu(tr("&Simulation"));
+    add(sim, "Start", [this] { rc_->menustart(); });
+    add(sim, "Step", [this] { rc_->menustep(); })->setShortcut(Qt::Key_F8);
+    add(sim, "Stop", [this] { rc_->menustop(); });
+
+    QMenu* rate = menuBar()->addMenu(tr("&Rate"));
+    rates_ = new QActionGroup(this);
+    for (int i = 0; i < 6; ++i) {
+        QAction* a = add(rate, kRateCaptions[i], [this, i] { rc_->menuspeed(i + 1); });
+        a->setCheckable(true);
+        rates_->addAction(a);
+    }
+
+    QMenu* options = menuBar()->addMenu(tr("&Options"));
+    AddOption(options, "Enable Unofficial Instructions", "Enable Unofficial Instructions", 0);
+    AddOption(options, "Enable Logging", "Enable Logging New", 0);
+    AddOption(options, "HALT Stops Simulation", "HALT Stops Simulation New", 1);
+    AddOption(options, "Infinite Loop Stops Simulation", "Infinite Loop Stop New", 0);
+    AddTextOption(options, "FF Power On Defaults", "FF Power On Defaults", "ON");
+    AddTextOption(options, "Save Positions", "Save Positions", "ON");
+    AddTextOption(options, "Show Pop-up Info Message Boxes", "Show Confirmations", "OFF");
+    options->addSeparator();
+    add(options, "Change Clock Frequency", [this] { rc_->ChangeClockFrequency(); });
+    add(options, "Change Starting Address", [this] { rc_->ChangeStartingAddress(); });
+    add(options, "Change Offset Address For OBJ Files Loading", [this] { rc_->ChangeObjOffset(); });
+    AddOption(options, "Prompt For Value Before IN Instruction", "Prompt Before IN New", 1);
+    AddOption(options, "Enable IN/OUT Instructions Logging", "Log IN And OUT New", 0);
+    add(options, "Change Ultimate Rate Refresh Interval", [this] { rc_->ChangeUltimateInterval(); });
+    AddOption(options, "Display Relative Branch Hex Argument", "Display Relative Branch Hex Argument", 0);
+}
+
+// An on/off option stored as 0 or 1.
+void MainWindow::AddOption(QMenu* menu, const QString& caption, const char* key, int def) {
+    QAction* a = menu->addAction(caption);
+    a->setCheckable(true);
+    a->setChecked(settings_.GetSettingInt(key, def) != 0);
+    connect(a, &QAction::toggled, this, [this, key](bool on) {
+        settings_.SetSettingInt(key, on ? 1 : 0);
+        ApplyOptions();
+    });
+    actions_[caption] = a;
+}
+
+// An on/off option stored as "ON" or "OFF".
+void MainWindow::AddTextOption(QMenu* menu, const QString& caption, const char* key, const char* def) {
+    QAction* a = menu->addAction(caption);
+    a->setCheckable(true);
+    a->setChecked(settings_.GetSettingText(key, def) == "ON");
+    connect(a, &QAction::toggled, this, [this, key](bool on) {
+        settings_.SetSettingText(key, on ? "ON" : "OFF");
+        ApplyOptions();
+    });
+    actions_[caption] = a;
+}
+
+void MainWindow::ApplyOptions() {
+    const int rate = m_->SimulationRate;
+    ReadStartupSettings();
+    m_->SimulationRate = rate;
+    const std::string rateText = std::to_string(rate);
+    settings_.SetSettingText(kSettingRate, rateText);
+    if (!rc_->SimulationRunning) rc_->LoadSettings();
+    ekran();
+}
+
+QAction* MainWindow::Action(const QString& caption) const {
+    auto it = actions_.find(caption);
+    return it == actions_.end() ? nullptr : it->second;
+}
+
+int* MainWindow::RegisterByName(const QString& n) {
+    Machine& m = *m_;
+    const std::map<QString, int*> table = {
+        {"A", &m.A},         {"B", &m.B},         {"C", &m.C},         {"D", &m.D},         {"E", &m.E},
+        {"H", &m.H},         {"L", &m.L},         {"A'", &m.AltA},     {"B'", &m.AltB},     {"C'", &m.AltC},
+        {"D'", &m.AltD},     {"E'", &m.AltE},     {"H'", &m.AltH},     {"L'", &m.AltL},     {"FlagS", &m.FlagS},
+        {"FlagZ", &m.FlagZ}, {"FlagY", &m.FlagY}, {"FlagH", &m.FlagH}, {"FlagX", &m.FlagX}, {"FlagP", &m.FlagP},
+        {"FlagN", &m.FlagN}, {"FlagC", &m.FlagC}, {"FlagS'", &m.AltFlagS}, {"FlagZ'", &m.AltFlagZ},
+        {"FlagY'", &m.AltFlagY}, {"FlagH'", &m.AltFlagH}, {"FlagX'", &m.AltFlagX}, {"FlagP'", &m.AltFlagP},
+        {"FlagN'", &m.AltFlagN}, {"FlagC'", &m.AltFlagC}, {"I", &m.I},   {"R", &m.R},   {"IFF1", &m.IFF1},
+        {"IFF2", &m.IFF2},   {"IM", &m.InterruptMode}, {"IX", &m.IX}, {"IY", &m.IY}, {"SP", &m.SP},
+        {"PC", &m.PC}};
+    auto it = table.find(n);
+    return it == table.end() ? nullptr : it->second;
+}
+
+void MainWindow::ekran() {
+    for (auto& [name, field] : fields_) {
+        const int* reg = RegisterByName(name);
+        if (reg) field->setText(Hex(*reg, field->Digits()));
+    }
+    current_->setText(QString::fromStdString(m_->CurrentInstructionText));
+    next_->setText(QString::fromStdString(m_->NextInstructionText));
+    count_->setText(QString::number(m_->InstructionCount));
+    cycles_->setText(QString::number(m_->ClockCycles));
+    program_->setText(QString::fromStdString(images_->ProgramFileName()));
+}
+
+QString MainWindow::FieldText(const QString& name) const {
+    auto it = fields_.find(name);
+    return it == fields_.end() ? QString() : it->second->text();
+}
+
+// A register takes the last digits typed: one for a flag or a one-digit value,
+// two for a byte, four for a word. Anything unreadable changes nothing.
+bool MainWindow::EditRegister(const QString& name, const QString& typed) {
+    if (rc_->StopEnabled && m_->SimulationRate != kRateStepByStep) return false;
+    int* reg = RegisterByName(name);
+    auto it = fields_.find(name);
+    if (!reg || it == fields_.end()) return false;
+    const int digits = it->second->Digits();
+    const QString text = typed.trimmed().toUpper();
+    if (text.isEmpty()) return false;
+    const std::string tail = text.right(digits).rightJustified(digits, '0').toStdString();
+    const long long value = HexValue(tail, digits);
+    if (value < 0) return false;
+    if (digits == 1 && value > (name == "IM" ? 2 : 1)) return false;
+    *reg = static_cast<int>(value);
+    if (name == "PC") m_->NextInstructionText = InstructionTextAt(*m_, m_->PC);
+    ekran();
+    return true;
+}
+
+void MainWindow::OnFieldEdit(RegisterField* field) {
+    if (rc_->StopEnabled && m_->SimulationRate != kRateStepByStep) return;
+    bool ok = false;
+    const QString text = QInputDialog::getText(this, kTitle, tr("New value of %1:").arg(field->Name()),
+                                               QLineEdit::Normal, field->text(), &ok);
+    if (ok) EditRegister(field->Name(), text);
+}
+
+void MainWindow::UpdateCommands() {
+    const Machine& m = *m_;
+    auto enable = [this](const QString& caption, bool on) {
+        if (QAction* a = Action(caption)) a->setEnabled(on);
+    };
+    enable("Start", rc_->StartEnabled);
+    enable("Stop", rc_->StopEnabled);
+    enable("Step", rc_->StepEnabled);
+    nmi_->setEnabled(m.NmiCommandEnabled);
+    int_->setEnabled(m.IntCommandEnabled);
+    reset_->setEnabled(m.ResetCommandEnabled);
+    if (m.SimulationRate >= 1 && m.SimulationRate <= 6) Action(kRateCaptions[m.SimulationRate - 1])->setChecked(true);
+}
+
+// ---- Host ----
+
+void MainWindow::Yield() { QCoreApplication::processEvents(QEventLoop::AllEvents); }
+void MainWindow::Sleep5ms() { QThread::msleep(5); }
+void MainWindow::SleepMs(int ms) {
+    QElapsedTimer t;
+    t.start();
+    while (t.elapsed() < ms) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        QThread::msleep(5);
+    }
+}
+
+double MainWindow::SecondsSinceMidnight() { return QTime::currentTime().msecsSinceStartOfDay() / 1000.0; }
+
+double MainWindow::MonotonicSeconds() {
+    static QElapsedTimer clock = [] {
+        QElapsedTimer t;
+        t.start();
+        return t;
+    }();
+    return clock.nsecsElapsed() / 1e9;
+}
+
+LocalDateTime MainWindow::Now() {
+    const QDateTime now = QDateTime::currentDateTime();
+    return {now.date().year(), now.date().month(), now.date().day(),
+            now.time().hour(), now.time().minute(), now.time().second()};
+}
+
+void MainWindow::RefreshViews(int viewBits) {
+    if (viewBits & kViewRegisters) ekran();
+    if (viewBits & kViewCommands) UpdateCommands();
+}
+
+void MainWindow::SetUltimateTimer(int intervalMs) {
+    if (intervalMs > 0) ultimateTimer_.start(intervalMs);
+    else ultimateTimer_.stop();
+}
+
+int MainWindow::AskInValue(const std::string& caption, const std::string& prompt) {
+    if (inValueAnswer) return inValueAnswer(prompt);
+    for (;;) {
+        bool ok = false;
+        const QString text = QInputDialog::getText(this, QString::fromStdString(caption), QString::fromStdString(prompt),
+                                                   QLineEdit::Normal, "00", &ok)
+                                 .trimmed()
+                                 .toUpper();
+        const int value = pb_dec2(text.rightJustified(2, '0').toStdString());
+        if (ok && value >= 0) return value;
+        if (!ok) return 0;
+    }
+}
+
+bool MainWindow::AskText(const std::string& prompt, const std::string& proposed, std::string& answer) {
+    if (textAnswer) {
+        const auto a = textAnswer(prompt);
+        if (!a) return false;
+        answer = *a;
+        return true;
+    }
+    bool ok = false;
+    const QString text = QInputDialog::getText(this, kTitle, QString::fromStdString(prompt), QLineEdit::Normal,
+                                               QString::fromStdString(proposed), &ok);
+    if (!ok) return false;
+    answer = text.toStdString();
+    return true;
+}
+
+void MainWindow::ShowMessage(const std::string& text) {
+    messages.push_back(text);
+    if (QApplication::platformName() == "offscreen") return;
+    if (settings_.GetSettingText("Show Confirmations", "OFF") == "ON") {
+        QMessageBox::information(this, kTitle, QString::fromStdString(text));
+        return;
+    }
+    // The Confirmation window: not modal, gone after "Messages Duration".
+    auto* box = new QMessageBox(QMessageBox::Information, kTitle, QString::fromStdString(text), QMessageBox::Ok, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setModal(false);
+    box->show();
+    const int seconds = std::clamp(settings_.GetSettingInt("Messages Duration", 3), 1, 10);
+    QTimer::singleShot(seconds * 1000, box, &QWidget::close);
+}
+
+void MainWindow::ShowFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    auto* viewer = new QDialog(this);
+    viewer->setAttribute(Qt::WA_DeleteOnClose);
+    viewer->setWindowTitle(QString::fromStdString(path));
+    auto* edit = new QPlainTextEdit(QString::fromLatin1(text.data(), static_cast<int>(text.size())), viewer);
+    edit->setReadOnly(true);
+    edit->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    auto* layout = new QVBoxLayout(viewer);
+    layout->addWidget(edit);
+    viewer->resize(900, 600);
+    viewer->show();
+}
+
+// ---- ImageHost ----
+
+std::string MainWindow::AskOpenFile(const std::string& folder, int& filterIndex) {
+    if (fileAnswer) return fileAnswer(false);
+    const QStringList filters = {tr("Object files (*.obj)"), tr("Intel HEX files (*.hex)"), tr("All files (*)")};
+    QString selected = filters.value(filterIndex - 1, filters[0]);
+    const QString path = QFileDialog::getOpenFileName(this, kTitle, QString::fromStdString(folder),
+                                                      filters.join(";;"), &selected);
+    filterIndex = static_cast<int>(filters.indexOf(selected)) + 1;
+    return path.toStdString();
+}
+
+std::string MainWindow::AskSaveFile(const std::string& folder, int& filterIndex) {
+    if (fileAnswer) return fileAnswer(true);
+    const QStringList filters = {tr("Object files (*.obj)"), tr("Intel HEX files (*.hex)")};
+    QString selected = filters.value(filterIndex - 1, filters[0]);
+    const QString path = QFileDialog::getSaveFileName(this, kTitle, QString::fromStdString(folder),
+                                                      filters.join(";;"), &selected,
+                                                      QFileDialog::DontConfirmOverwrite);
+    filterIndex = static_cast<int>(filters.indexOf(selected)) + 1;
+    return path.toStdString();
+}
+
+bool MainWindow::AskYesNo(const std::string& question) {
+    if (textAnswer) return textAnswer(question).has_value();
+    return QMessageBox::question(this, kTitle, QString::fromStdString(question)) == QMessageBox::Yes;
+}
+
+std::optional<std::string> MainWindow::AskText(const std::string& prompt, const std::string& offered) {
+    std::string answer;
+    if (!AskText(prompt, offered, answer)) return std::nullopt;
+    return answer;
+}
+
+void MainWindow::ProgramLoaded(const std::string&) {
+    m_->NextInstructionText = InstructionTextAt(*m_, m_->PC);
+    ekran();
+}
+
+void MainWindow::MemoryCleared() { ekran(); }
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (rc_->SimulationRunning && rc_->RunLoopActive) {
+        // Closing is a source of StopRequest: the loop leaves, then we close.
+        m_->StopRequest = true;
+        closing_ = true;
+        event->ignore();
+        QTimer::singleShot(0, this, [this] {
+            if (rc_->RunLoopActive) QTimer::singleShot(10, this, [this] { close(); });
+            else close();
+        });
+        return;
+    }
+    if (rc_->SimulationRunning) rc_->menustop();
+    if (settings_.GetSettingText("Save Positions", "ON") == "ON") {
+        settings_.SetSettingInt("Window1 Left", pos().x() * 15);
+        settings_.SetSettingInt("Window1 Top", pos().y() * 15);
+    }
+    ultimateTimer_.stop();
+    event->accept();
+}
+
+}  // namespace mb

@@ -1,0 +1,139 @@
+// The main window: the register display, the run commands and the menus. It is
+// the host of run control and of the program image commands.
+#pragma once
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QPointer>
+#include <QTimer>
+#include <functional>
+#include <map>
+#include <optional>
+#include <memory>
+
+#include "core/access.h"
+#include "core/host.h"
+#include "core/machine.h"
+#include "core/run_control.h"
+#include "core/simlog.h"
+#include "images/program_image.h"
+
+class QAction;
+class QActionGroup;
+class QGridLayout;
+class QMenu;
+class QPushButton;
+
+namespace mb {
+
+class SettingsStore;
+
+// One field of the register display; a double click asks to edit it.
+class RegisterField : public QLabel {
+    Q_OBJECT
+public:
+    RegisterField(const QString& name, int digits, QWidget* parent);
+    const QString& Name() const { return name_; }
+    int Digits() const { return digits_; }
+
+signals:
+    void EditRequested(RegisterField* field);
+
+protected:
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+private:
+    QString name_;
+    int digits_;  // 1 flag or one-digit value, 2 byte, 4 word
+};
+
+class MainWindow : public QMainWindow, public Host, public ImageHost {
+    Q_OBJECT
+public:
+    explicit MainWindow(SettingsStore& settings, QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    Machine& machine() { return *m_; }
+    RunControl& runControl() { return *rc_; }
+    ProgramImages& images() { return *images_; }
+
+    // Redraws the register display from the machine.
+    void ekran();
+    // Edits a register by name ("A", "A'", "FlagZ", "PC", ...) with the rules of
+    // the display; false when the text is refused or editing is not allowed now.
+    bool EditRegister(const QString& name, const QString& text);
+    // Text shown in a field, for tests.
+    QString FieldText(const QString& name) const;
+    QAction* Action(const QString& caption) const;
+
+    // Host
+    void Yield() override;
+    void Sleep5ms() override;
+    void SleepMs(int ms) override;
+    double SecondsSinceMidnight() override;
+    double MonotonicSeconds() override;
+    LocalDateTime Now() override;
+    void RefreshViews(int viewBits) override;
+    void SetUltimateTimer(int intervalMs) override;
+    int AskInValue(const std::string& caption, const std::string& prompt) override;
+    bool AskText(const std::string& prompt, const std::string& proposed, std::string& answer) override;
+    void ShowMessage(const std::string& text) override;
+    void AppendLogViewer(const std::string&) override {}
+    void ClearLogViewer() override {}
+    void ShowFile(const std::string& path) override;
+
+    // ImageHost
+    std::string AskOpenFile(const std::string& folder, int& filterIndex) override;
+    std::string AskSaveFile(const std::string& folder, int& filterIndex) override;
+    bool AskYesNo(const std::string& question) override;
+    std::optional<std::string> AskText(const std::string& prompt, const std::string& offered) override;
+    bool SimulationRunning() override { return rc_->SimulationRunning; }
+    int SimulationRate() override { return m_->SimulationRate; }
+    void SelectStepByStep() override { rc_->menuspeed1(); }
+    void ProgramLoaded(const std::string& path) override;
+    void MemoryCleared() override;
+
+    // Tests answer the questions of the window through these.
+    std::function<int(const std::string&)> inValueAnswer;
+    std::function<std::optional<std::string>(const std::string&)> textAnswer;
+    std::function<std::string(bool save)> fileAnswer;
+    std::vector<std::string> messages;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void ReadStartupSettings();
+    void BuildMenus();
+    QWidget* BuildRegisterDisplay();
+    void AddField(QGridLayout* grid, int row, int col, const QString& caption, const QString& name,
+                  int digits);
+    void UpdateCommands();
+    void OnFieldEdit(RegisterField* field);
+    void AddOption(QMenu* menu, const QString& caption, const char* key, int def);
+    void AddTextOption(QMenu* menu, const QString& caption, const char* key, const char* def);
+    void ApplyOptions();
+    int* RegisterByName(const QString& name);
+
+    SettingsStore& settings_;
+    std::unique_ptr<Machine> m_;
+    AccessHooks hooks_;
+    SimLog log_;
+    std::unique_ptr<RunControl> rc_;
+    std::unique_ptr<ProgramImages> images_;
+    QTimer ultimateTimer_;
+    std::map<QString, RegisterField*> fields_;
+    QLabel* current_ = nullptr;
+    QLabel* next_ = nullptr;
+    QLabel* count_ = nullptr;
+    QLabel* cycles_ = nullptr;
+    QLabel* program_ = nullptr;
+    QPushButton* nmi_ = nullptr;
+    QPushButton* int_ = nullptr;
+    QPushButton* reset_ = nullptr;
+    QActionGroup* rates_ = nullptr;
+    std::map<QString, QAction*> actions_;
+    bool closing_ = false;
+};
+
+}  // namespace mb

@@ -18,7 +18,8 @@ namespace {
 // The shipped examples: beside the executable in a build, or installed.
 QString ExamplesFolder() {
     const QString app = QCoreApplication::applicationDirPath();
-    for (const QString& candidate : {app + "/../../examples", app + "/../share/marrowgate-bench/examples"})
+    for (const QString& candidate :
+         {app + "/../../examples", app + "/../share/marrowgate-bench/examples"})
         if (QDir(candidate).exists()) return QDir(candidate).absolutePath();
     return {};
 }
@@ -49,7 +50,8 @@ QPixmap StartupPicture() {
     font.setBold(false);
     p.setFont(font);
     p.setPen(QColor(0xb8, 0xc4, 0xcc));
-    p.drawText(picture.rect().adjusted(0, 80, 0, 0), Qt::AlignCenter, "Z80 development and simulation");
+    p.drawText(picture.rect().adjusted(0, 80, 0, 0), Qt::AlignCenter,
+               "Z80 development and simulation");
     return picture;
 }
 
@@ -65,7 +67,9 @@ int main(int argc, char** argv) {
     QLockFile lock(runtime + "/marrowgate-bench.lock");
     if (!lock.tryLock(0)) return 0;  // another instance runs for this user
 
-    const QString dataFolder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    // The user's XDG data folder: ~/.local/share/Marrowgate Bench.
+    const QString dataFolder =
+        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/Marrowgate Bench";
     QDir().mkpath(dataFolder);
     CopyExamples(dataFolder);
 

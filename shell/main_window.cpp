@@ -9,6 +9,7 @@
 #include <QFileDialog>
 #include <QFontDatabase>
 #include <QGridLayout>
+#include <QGroupBox>
 #include <QInputDialog>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -26,9 +27,12 @@ namespace mb {
 
 namespace {
 constexpr const char* kTitle = "Marrowgate Bench";
-const QString kRateCaptions[6] = {"Step By Step", "Slow", "Normal", "Fast", "Extremely Fast", "Ultimate"};
+const QString kRateCaptions[6] = {"Step By Step", "Slow",           "Normal",
+                                  "Fast",         "Extremely Fast", "Ultimate"};
 
-QString Hex(int value, int digits) { return QString::fromStdString(HexDigits(value, digits)); }
+QString Hex(int value, int digits) {
+    return QString::fromStdString(HexDigits(value, digits));
+}
 }  // namespace
 
 RegisterField::RegisterField(const QString& name, int digits, QWidget* parent)
@@ -40,7 +44,9 @@ RegisterField::RegisterField(const QString& name, int digits, QWidget* parent)
     setToolTip(QObject::tr("Double-click to change %1").arg(name));
 }
 
-void RegisterField::mouseDoubleClickEvent(QMouseEvent*) { emit EditRequested(this); }
+void RegisterField::mouseDoubleClickEvent(QMouseEvent*) {
+    emit EditRequested(this);
+}
 
 MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
     : QMainWindow(parent), settings_(settings), m_(std::make_unique<Machine>()) {
@@ -69,40 +75,72 @@ MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
 MainWindow::~MainWindow() = default;
 
 // The start-up table: the options the machine and run control read.
+// Read in the order of the table; a read writes a missing default back.
 void MainWindow::ReadStartupSettings() {
     Machine& m = *m_;
-    settings_.GetSettingText("Last Path", QDir::homePath().toStdString());
-    m.HaltStopsSimulation = settings_.GetSettingInt("HALT Stops Simulation New", 1);
-    m.InfiniteLoopStopsSimulation = settings_.GetSettingInt("Infinite Loop Stop New", 0);
-    m.FFPowerOnDefaults = settings_.GetSettingText("FF Power On Defaults", "ON");
-    m.UnofficialEnabled = settings_.GetSettingInt("Enable Unofficial Instructions", 0);
-    m.RelativeBranchHex = settings_.GetSettingInt("Display Relative Branch Hex Argument", 0);
-    m.ClockMHz = static_cast<float>(SettingNumber(settings_.GetSettingText("Clock Frequency", "4")));
+    SettingsStore& s = settings_;
+    const std::string home = QDir::homePath().toStdString();
+    s.GetSettingText("Last Path", home);
+    s.GetSettingText("Last Path 2", home);
+    s.GetSettingInt("Enable Logging New", 0);
+    m.HaltStopsSimulation = s.GetSettingInt("HALT Stops Simulation New", 1);
+    m.InfiniteLoopStopsSimulation = s.GetSettingInt("Infinite Loop Stop New", 0);
+    m.FFPowerOnDefaults = s.GetSettingText("FF Power On Defaults", "ON");
+    s.GetSettingInt("Refresh Memory Editor New", 1);
+    s.GetSettingInt("Show ASCII Characters", 1);
+    s.GetSettingInt("Refresh Breakpoints Manager New", 1);
+    s.GetSettingText("Save Positions", "ON");
+    m.UnofficialEnabled = s.GetSettingInt("Enable Unofficial Instructions", 0);
+    s.GetSettingInt("Prompt Before IN New", 1);
+    s.GetSettingInt("Log IN And OUT New", 0);
+    s.GetSettingText("Show Confirmations", "OFF");
+    s.GetSettingText("Save Always On Top", "1");
+    s.GetSettingInt("Run To Next BASIC Statement Simulation Rate", 2);
+    s.GetSettingInt("Basic Program Tracking", 1);
+    s.GetSettingInt("Basic Program Tracking Mode", 1);
+    m.RelativeBranchHex = s.GetSettingInt("Display Relative Branch Hex Argument", 0);
+    m.ClockMHz = static_cast<float>(SettingNumber(s.GetSettingText("Clock Frequency", "4")));
     if (m.ClockMHz < 0.01f || m.ClockMHz > 120.0f) m.ClockMHz = 4.0f;
-    m.StartingAddress = static_cast<int>(SettingNumber(settings_.GetSettingText("Starting Address", "0"))) & 0xFFFF;
-    m.ObjOffset = settings_.GetSettingInt("Offset Address For OBJ Files Loading", 0) & 0xFFFF;
-    settings_.GetSettingText("Show Confirmations", "OFF");
-    settings_.GetSettingInt("Messages Duration", 3);
+    m.StartingAddress =
+        static_cast<int>(SettingNumber(s.GetSettingText("Starting Address", "0"))) & 0xFFFF;
+    m.ObjOffset = s.GetSettingInt("Offset Address For OBJ Files Loading", 0) & 0xFFFF;
+    s.GetSettingText("Simulation Rate", "4");
+    s.GetSettingInt("Simulation Rate Slow Delay", 140);
+    s.GetSettingInt("Simulation Rate Normal Delay", 24);
+    s.GetSettingInt("Simulation Rate Fast Delay", 5);
+    s.GetSettingInt("Messages Duration", 3);
 }
 
 QWidget* MainWindow::BuildRegisterDisplay() {
     auto* central = new QWidget(this);
     auto* layout = new QVBoxLayout(central);
-    auto* grid = new QGridLayout;
-    const char* regs[7] = {"A", "B", "C", "D", "E", "H", "L"};
+    // Each group has a grid of its own, so narrow fields stay narrow.
+    auto group = [&](const QString& title) {
+        auto* box = new QGroupBox(title, central);
+        auto* grid = new QGridLayout(box);
+        grid->setHorizontalSpacing(4);
+        grid->setVerticalSpacing(2);
+        layout->addWidget(box);
+        return grid;
+    };
+    QGridLayout* regs = group(tr("Registers"));
+    const char* names[7] = {"A", "B", "C", "D", "E", "H", "L"};
     for (int i = 0; i < 7; ++i) {
-        AddField(grid, 0, i, regs[i], regs[i], 2);
-        AddField(grid, 2, i, QString(regs[i]) + "'", QString(regs[i]) + "'", 2);
+        AddField(regs, 0, i, names[i], names[i], 2);
+        AddField(regs, 2, i, QString(names[i]) + "'", QString(names[i]) + "'", 2);
     }
-    const char* flags[8] = {"S", "Z", "Y", "H", "X", "P", "N", "C"};
+    QGridLayout* flags = group(tr("Flags"));
+    const char* bits[8] = {"S", "Z", "Y", "H", "X", "P", "N", "C"};
     for (int i = 0; i < 8; ++i) {
-        AddField(grid, 4, i, QString("F") + flags[i], QString("Flag") + flags[i], 1);
-        AddField(grid, 6, i, QString("F") + flags[i] + "'", QString("Flag") + flags[i] + "'", 1);
+        AddField(flags, 0, i, bits[i], QString("Flag") + bits[i], 1);
+        AddField(flags, 2, i, QString(bits[i]) + "'", QString("Flag") + bits[i] + "'", 1);
     }
-    const std::pair<const char*, int> others[9] = {{"I", 2},    {"R", 2},  {"IFF1", 1}, {"IFF2", 1}, {"IM", 1},
-                                                   {"IX", 4},   {"IY", 4}, {"SP", 4},   {"PC", 4}};
-    for (int i = 0; i < 9; ++i) AddField(grid, 8, i, others[i].first, others[i].first, others[i].second);
-    layout->addLayout(grid);
+    QGridLayout* special = group(tr("Interrupts and 16-bit registers"));
+    const std::pair<const char*, int> others[9] = {{"I", 2},    {"R", 2},  {"IFF1", 1},
+                                                   {"IFF2", 1}, {"IM", 1}, {"IX", 4},
+                                                   {"IY", 4},   {"SP", 4}, {"PC", 4}};
+    for (int i = 0; i < 9; ++i)
+        AddField(special, 0, i, others[i].first, others[i].first, others[i].second);
 
     auto* info = new QGridLayout;
     auto label = [&](int row, const QString& caption) {
@@ -118,16 +156,27 @@ QWidget* MainWindow::BuildRegisterDisplay() {
     count_ = label(2, tr("Instructions:"));
     cycles_ = label(3, tr("Clock cycles:"));
     program_ = label(4, tr("Program:"));
+    // A long path must not widen the window; the whole path is in the tool tip.
+    program_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     layout->addLayout(info);
 
     auto* buttons = new QHBoxLayout;
     nmi_ = new QPushButton("NMI", central);
     int_ = new QPushButton("INT", central);
     reset_ = new QPushButton("RESET", central);
-    connect(nmi_, &QPushButton::clicked, this, [this] { rc_->Command1(); UpdateCommands(); });
-    connect(int_, &QPushButton::clicked, this, [this] { rc_->Command2(); UpdateCommands(); });
+    connect(nmi_, &QPushButton::clicked, this, [this] {
+        rc_->Command1();
+        UpdateCommands();
+    });
+    connect(int_, &QPushButton::clicked, this, [this] {
+        rc_->Command2();
+        UpdateCommands();
+    });
     connect(reset_, &QPushButton::pressed, this, [this] { rc_->Command3Press(); });
-    connect(reset_, &QPushButton::released, this, [this] { rc_->Command3Release(); UpdateCommands(); });
+    connect(reset_, &QPushButton::released, this, [this] {
+        rc_->Command3Release();
+        UpdateCommands();
+    });
     for (QPushButton* b : {nmi_, int_, reset_}) buttons->addWidget(b);
     buttons->addStretch();
     layout->addLayout(buttons);
@@ -135,8 +184,8 @@ QWidget* MainWindow::BuildRegisterDisplay() {
     return central;
 }
 
-void MainWindow::AddField(QGridLayout* grid, int row, int col, const QString& caption, const QString& name,
-                          int digits) {
+void MainWindow::AddField(QGridLayout* grid, int row, int col, const QString& caption,
+                          const QString& name, int digits) {
     auto* title = new QLabel(caption, grid->parentWidget());
     title->setAlignment(Qt::AlignCenter);
     auto* field = new RegisterField(name, digits, grid->parentWidget());
@@ -193,8 +242,10 @@ void MainWindow::BuildMenus() {
     add(options, "Change Offset Address For OBJ Files Loading", [this] { rc_->ChangeObjOffset(); });
     AddOption(options, "Prompt For Value Before IN Instruction", "Prompt Before IN New", 1);
     AddOption(options, "Enable IN/OUT Instructions Logging", "Log IN And OUT New", 0);
-    add(options, "Change Ultimate Rate Refresh Interval", [this] { rc_->ChangeUltimateInterval(); });
-    AddOption(options, "Display Relative Branch Hex Argument", "Display Relative Branch Hex Argument", 0);
+    add(options, "Change Ultimate Rate Refresh Interval",
+        [this] { rc_->ChangeUltimateInterval(); });
+    AddOption(options, "Display Relative Branch Hex Argument",
+              "Display Relative Branch Hex Argument", 0);
 }
 
 // An on/off option stored as 0 or 1.
@@ -210,7 +261,8 @@ void MainWindow::AddOption(QMenu* menu, const QString& caption, const char* key,
 }
 
 // An on/off option stored as "ON" or "OFF".
-void MainWindow::AddTextOption(QMenu* menu, const QString& caption, const char* key, const char* def) {
+void MainWindow::AddTextOption(QMenu* menu, const QString& caption, const char* key,
+                               const char* def) {
     QAction* a = menu->addAction(caption);
     a->setCheckable(true);
     a->setChecked(settings_.GetSettingText(key, def) == "ON");
@@ -238,16 +290,45 @@ QAction* MainWindow::Action(const QString& caption) const {
 
 int* MainWindow::RegisterByName(const QString& n) {
     Machine& m = *m_;
-    const std::map<QString, int*> table = {
-        {"A", &m.A},         {"B", &m.B},         {"C", &m.C},         {"D", &m.D},         {"E", &m.E},
-        {"H", &m.H},         {"L", &m.L},         {"A'", &m.AltA},     {"B'", &m.AltB},     {"C'", &m.AltC},
-        {"D'", &m.AltD},     {"E'", &m.AltE},     {"H'", &m.AltH},     {"L'", &m.AltL},     {"FlagS", &m.FlagS},
-        {"FlagZ", &m.FlagZ}, {"FlagY", &m.FlagY}, {"FlagH", &m.FlagH}, {"FlagX", &m.FlagX}, {"FlagP", &m.FlagP},
-        {"FlagN", &m.FlagN}, {"FlagC", &m.FlagC}, {"FlagS'", &m.AltFlagS}, {"FlagZ'", &m.AltFlagZ},
-        {"FlagY'", &m.AltFlagY}, {"FlagH'", &m.AltFlagH}, {"FlagX'", &m.AltFlagX}, {"FlagP'", &m.AltFlagP},
-        {"FlagN'", &m.AltFlagN}, {"FlagC'", &m.AltFlagC}, {"I", &m.I},   {"R", &m.R},   {"IFF1", &m.IFF1},
-        {"IFF2", &m.IFF2},   {"IM", &m.InterruptMode}, {"IX", &m.IX}, {"IY", &m.IY}, {"SP", &m.SP},
-        {"PC", &m.PC}};
+    const std::map<QString, int*> table = {{"A", &m.A},
+                                           {"B", &m.B},
+                                           {"C", &m.C},
+                                           {"D", &m.D},
+                                           {"E", &m.E},
+                                           {"H", &m.H},
+                                           {"L", &m.L},
+                                           {"A'", &m.AltA},
+                                           {"B'", &m.AltB},
+                                           {"C'", &m.AltC},
+                                           {"D'", &m.AltD},
+                                           {"E'", &m.AltE},
+                                           {"H'", &m.AltH},
+                                           {"L'", &m.AltL},
+                                           {"FlagS", &m.FlagS},
+                                           {"FlagZ", &m.FlagZ},
+                                           {"FlagY", &m.FlagY},
+                                           {"FlagH", &m.FlagH},
+                                           {"FlagX", &m.FlagX},
+                                           {"FlagP", &m.FlagP},
+                                           {"FlagN", &m.FlagN},
+                                           {"FlagC", &m.FlagC},
+                                           {"FlagS'", &m.AltFlagS},
+                                           {"FlagZ'", &m.AltFlagZ},
+                                           {"FlagY'", &m.AltFlagY},
+                                           {"FlagH'", &m.AltFlagH},
+                                           {"FlagX'", &m.AltFlagX},
+                                           {"FlagP'", &m.AltFlagP},
+                                           {"FlagN'", &m.AltFlagN},
+                                           {"FlagC'", &m.AltFlagC},
+                                           {"I", &m.I},
+                                           {"R", &m.R},
+                                           {"IFF1", &m.IFF1},
+                                           {"IFF2", &m.IFF2},
+                                           {"IM", &m.InterruptMode},
+                                           {"IX", &m.IX},
+                                           {"IY", &m.IY},
+                                           {"SP", &m.SP},
+                                           {"PC", &m.PC}};
     auto it = table.find(n);
     return it == table.end() ? nullptr : it->second;
 }
@@ -261,7 +342,9 @@ void MainWindow::ekran() {
     next_->setText(QString::fromStdString(m_->NextInstructionText));
     count_->setText(QString::number(m_->InstructionCount));
     cycles_->setText(QString::number(m_->ClockCycles));
-    program_->setText(QString::fromStdString(images_->ProgramFileName()));
+    const QString program = QString::fromStdString(images_->ProgramFileName());
+    program_->setText(program);
+    program_->setToolTip(program);
 }
 
 QString MainWindow::FieldText(const QString& name) const {
@@ -292,8 +375,9 @@ bool MainWindow::EditRegister(const QString& name, const QString& typed) {
 void MainWindow::OnFieldEdit(RegisterField* field) {
     if (rc_->StopEnabled && m_->SimulationRate != kRateStepByStep) return;
     bool ok = false;
-    const QString text = QInputDialog::getText(this, kTitle, tr("New value of %1:").arg(field->Name()),
-                                               QLineEdit::Normal, field->text(), &ok);
+    const QString text =
+        QInputDialog::getText(this, kTitle, tr("New value of %1:").arg(field->Name()),
+                              QLineEdit::Normal, field->text(), &ok);
     if (ok) EditRegister(field->Name(), text);
 }
 
@@ -308,13 +392,18 @@ void MainWindow::UpdateCommands() {
     nmi_->setEnabled(m.NmiCommandEnabled);
     int_->setEnabled(m.IntCommandEnabled);
     reset_->setEnabled(m.ResetCommandEnabled);
-    if (m.SimulationRate >= 1 && m.SimulationRate <= 6) Action(kRateCaptions[m.SimulationRate - 1])->setChecked(true);
+    if (m.SimulationRate >= 1 && m.SimulationRate <= 6)
+        Action(kRateCaptions[m.SimulationRate - 1])->setChecked(true);
 }
 
 // ---- Host ----
 
-void MainWindow::Yield() { QCoreApplication::processEvents(QEventLoop::AllEvents); }
-void MainWindow::Sleep5ms() { QThread::msleep(5); }
+void MainWindow::Yield() {
+    QCoreApplication::processEvents(QEventLoop::AllEvents);
+}
+void MainWindow::Sleep5ms() {
+    QThread::msleep(5);
+}
 void MainWindow::SleepMs(int ms) {
     QElapsedTimer t;
     t.start();
@@ -324,7 +413,9 @@ void MainWindow::SleepMs(int ms) {
     }
 }
 
-double MainWindow::SecondsSinceMidnight() { return QTime::currentTime().msecsSinceStartOfDay() / 1000.0; }
+double MainWindow::SecondsSinceMidnight() {
+    return QTime::currentTime().msecsSinceStartOfDay() / 1000.0;
+}
 
 double MainWindow::MonotonicSeconds() {
     static QElapsedTimer clock = [] {
@@ -337,7 +428,7 @@ double MainWindow::MonotonicSeconds() {
 
 LocalDateTime MainWindow::Now() {
     const QDateTime now = QDateTime::currentDateTime();
-    return {now.date().year(), now.date().month(), now.date().day(),
+    return {now.date().year(), now.date().month(),  now.date().day(),
             now.time().hour(), now.time().minute(), now.time().second()};
 }
 
@@ -347,25 +438,29 @@ void MainWindow::RefreshViews(int viewBits) {
 }
 
 void MainWindow::SetUltimateTimer(int intervalMs) {
-    if (intervalMs > 0) ultimateTimer_.start(intervalMs);
-    else ultimateTimer_.stop();
+    if (intervalMs > 0)
+        ultimateTimer_.start(intervalMs);
+    else
+        ultimateTimer_.stop();
 }
 
 int MainWindow::AskInValue(const std::string& caption, const std::string& prompt) {
     if (inValueAnswer) return inValueAnswer(prompt);
     for (;;) {
         bool ok = false;
-        const QString text = QInputDialog::getText(this, QString::fromStdString(caption), QString::fromStdString(prompt),
-                                                   QLineEdit::Normal, "00", &ok)
-                                 .trimmed()
-                                 .toUpper();
+        const QString text =
+            QInputDialog::getText(this, QString::fromStdString(caption),
+                                  QString::fromStdString(prompt), QLineEdit::Normal, "00", &ok)
+                .trimmed()
+                .toUpper();
         const int value = pb_dec2(text.rightJustified(2, '0').toStdString());
         if (ok && value >= 0) return value;
         if (!ok) return 0;
     }
 }
 
-bool MainWindow::AskText(const std::string& prompt, const std::string& proposed, std::string& answer) {
+bool MainWindow::AskText(const std::string& prompt, const std::string& proposed,
+                         std::string& answer) {
     if (textAnswer) {
         const auto a = textAnswer(prompt);
         if (!a) return false;
@@ -373,8 +468,9 @@ bool MainWindow::AskText(const std::string& prompt, const std::string& proposed,
         return true;
     }
     bool ok = false;
-    const QString text = QInputDialog::getText(this, kTitle, QString::fromStdString(prompt), QLineEdit::Normal,
-                                               QString::fromStdString(proposed), &ok);
+    const QString text =
+        QInputDialog::getText(this, kTitle, QString::fromStdString(prompt), QLineEdit::Normal,
+                              QString::fromStdString(proposed), &ok);
     if (!ok) return false;
     answer = text.toStdString();
     return true;
@@ -388,7 +484,8 @@ void MainWindow::ShowMessage(const std::string& text) {
         return;
     }
     // The Confirmation window: not modal, gone after "Messages Duration".
-    auto* box = new QMessageBox(QMessageBox::Information, kTitle, QString::fromStdString(text), QMessageBox::Ok, this);
+    auto* box = new QMessageBox(QMessageBox::Information, kTitle, QString::fromStdString(text),
+                                QMessageBox::Ok, this);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setModal(false);
     box->show();
@@ -402,7 +499,8 @@ void MainWindow::ShowFile(const std::string& path) {
     auto* viewer = new QDialog(this);
     viewer->setAttribute(Qt::WA_DeleteOnClose);
     viewer->setWindowTitle(QString::fromStdString(path));
-    auto* edit = new QPlainTextEdit(QString::fromLatin1(text.data(), static_cast<int>(text.size())), viewer);
+    auto* edit =
+        new QPlainTextEdit(QString::fromLatin1(text.data(), static_cast<int>(text.size())), viewer);
     edit->setReadOnly(true);
     edit->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     auto* layout = new QVBoxLayout(viewer);
@@ -415,7 +513,8 @@ void MainWindow::ShowFile(const std::string& path) {
 
 std::string MainWindow::AskOpenFile(const std::string& folder, int& filterIndex) {
     if (fileAnswer) return fileAnswer(false);
-    const QStringList filters = {tr("Object files (*.obj)"), tr("Intel HEX files (*.hex)"), tr("All files (*)")};
+    const QStringList filters = {tr("Object files (*.obj)"), tr("Intel HEX files (*.hex)"),
+                                 tr("All files (*)")};
     QString selected = filters.value(filterIndex - 1, filters[0]);
     const QString path = QFileDialog::getOpenFileName(this, kTitle, QString::fromStdString(folder),
                                                       filters.join(";;"), &selected);
@@ -436,10 +535,12 @@ std::string MainWindow::AskSaveFile(const std::string& folder, int& filterIndex)
 
 bool MainWindow::AskYesNo(const std::string& question) {
     if (textAnswer) return textAnswer(question).has_value();
-    return QMessageBox::question(this, kTitle, QString::fromStdString(question)) == QMessageBox::Yes;
+    return QMessageBox::question(this, kTitle, QString::fromStdString(question)) ==
+           QMessageBox::Yes;
 }
 
-std::optional<std::string> MainWindow::AskText(const std::string& prompt, const std::string& offered) {
+std::optional<std::string> MainWindow::AskText(const std::string& prompt,
+                                               const std::string& offered) {
     std::string answer;
     if (!AskText(prompt, offered, answer)) return std::nullopt;
     return answer;
@@ -450,7 +551,9 @@ void MainWindow::ProgramLoaded(const std::string&) {
     ekran();
 }
 
-void MainWindow::MemoryCleared() { ekran(); }
+void MainWindow::MemoryCleared() {
+    ekran();
+}
 
 void MainWindow::closeEvent(QCloseEvent* event) {
     if (rc_->SimulationRunning && rc_->RunLoopActive) {
@@ -459,8 +562,10 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         closing_ = true;
         event->ignore();
         QTimer::singleShot(0, this, [this] {
-            if (rc_->RunLoopActive) QTimer::singleShot(10, this, [this] { close(); });
-            else close();
+            if (rc_->RunLoopActive)
+                QTimer::singleShot(10, this, [this] { close(); });
+            else
+                close();
         });
         return;
     }

@@ -8,8 +8,8 @@
 #include <QTimer>
 #include <functional>
 #include <map>
-#include <optional>
 #include <memory>
+#include <optional>
 
 #include "core/access.h"
 #include "core/host.h"
@@ -31,25 +31,25 @@ class SettingsStore;
 // One field of the register display; a double click asks to edit it.
 class RegisterField : public QLabel {
     Q_OBJECT
-public:
+  public:
     RegisterField(const QString& name, int digits, QWidget* parent);
     const QString& Name() const { return name_; }
     int Digits() const { return digits_; }
 
-signals:
+  signals:
     void EditRequested(RegisterField* field);
 
-protected:
+  protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
-private:
+  private:
     QString name_;
     int digits_;  // 1 flag or one-digit value, 2 byte, 4 word
 };
 
 class MainWindow : public QMainWindow, public Host, public ImageHost {
     Q_OBJECT
-public:
+  public:
     explicit MainWindow(SettingsStore& settings, QWidget* parent = nullptr);
     ~MainWindow() override;
 
@@ -76,7 +76,8 @@ public:
     void RefreshViews(int viewBits) override;
     void SetUltimateTimer(int intervalMs) override;
     int AskInValue(const std::string& caption, const std::string& prompt) override;
-    bool AskText(const std::string& prompt, const std::string& proposed, std::string& answer) override;
+    bool AskText(const std::string& prompt, const std::string& proposed,
+                 std::string& answer) override;
     void ShowMessage(const std::string& text) override;
     void AppendLogViewer(const std::string&) override {}
     void ClearLogViewer() override {}
@@ -86,7 +87,8 @@ public:
     std::string AskOpenFile(const std::string& folder, int& filterIndex) override;
     std::string AskSaveFile(const std::string& folder, int& filterIndex) override;
     bool AskYesNo(const std::string& question) override;
-    std::optional<std::string> AskText(const std::string& prompt, const std::string& offered) override;
+    std::optional<std::string> AskText(const std::string& prompt,
+                                       const std::string& offered) override;
     bool SimulationRunning() override { return rc_->SimulationRunning; }
     int SimulationRate() override { return m_->SimulationRate; }
     void SelectStepByStep() override { rc_->menuspeed1(); }
@@ -99,10 +101,10 @@ public:
     std::function<std::string(bool save)> fileAnswer;
     std::vector<std::string> messages;
 
-protected:
+  protected:
     void closeEvent(QCloseEvent* event) override;
 
-private:
+  private:
     void ReadStartupSettings();
     void BuildMenus();
     QWidget* BuildRegisterDisplay();

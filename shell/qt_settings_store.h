@@ -10,8 +10,8 @@
 namespace mb {
 
 class QtSettingsStore : public SettingsStore {
-public:
-    QtSettingsStore();                             // the user's store
+  public:
+    QtSettingsStore();                                 // the user's store
     explicit QtSettingsStore(const QString& iniPath);  // a file of its own (tests)
 
     std::string GetSettingText(const std::string& name, const std::string& def) override;
@@ -19,7 +19,7 @@ public:
     void SetSettingText(const std::string& name, const std::string& value) override;
     void SetSettingInt(const std::string& name, int value) override;
 
-private:
+  private:
     static QString Key(const std::string& name);
     std::unique_ptr<QSettings> settings_;
 };

@@ -1,0 +1,125 @@
+#include "shell/main_window.h"
+
+#include <QAction>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include "shell/qt_settings_store.h"
+
+using namespace mb;
+
+class MainWindowTest : public QObject {
+    Q_OBJECT
+
+  private:
+    QTemporaryDir dir;
+    std::unique_ptr<QtSettingsStore> settings;
+    std::unique_ptr<MainWindow> window;
+
+    void Open() {
+        window = std::make_unique<MainWindow>(*settings);
+        window->show();
+    }
+    void Trigger(const char* caption) {
+        QAction* a = window->Action(caption);
+        QVERIFY2(a, caption);
+        a->trigger();
+    }
+    void LoadExample(const char* name) {
+        const std::string path = std::string(MB_EXAMPLES) + "/" + name;
+        window->fileAnswer = [path](bool) { return path; };
+        Trigger("Load Program");
+        window->fileAnswer = nullptr;
+    }
+
+  private slots:
+    void init() {
+        settings = std::make_unique<QtSettingsStore>(dir.filePath("settings.ini"));
+        settings->SetSettingText("Last Path", dir.path().toStdString());
+    }
+    void cleanup() { window.reset(); }
+
+    void firstStartWritesDefaults() {
+        Open();
+        QSettings raw(dir.filePath("settings.ini"), QSettings::IniFormat);
+        QCOMPARE(raw.value("Simulation Rate").toString(), QString("4"));
+        QCOMPARE(raw.value("HALT Stops Simulation New").toInt(), 1);
+        QCOMPARE(raw.value("FF Power On Defaults").toString(), QString("ON"));
+        QCOMPARE(raw.value("Simulation Rate Slow Delay").toInt(), 140);
+        QCOMPARE(window->FieldText("A"), QString("FF"));
+        QCOMPARE(window->FieldText("SP"), QString("FFFF"));
+        QVERIFY(window->Action("Fast")->isChecked());
+    }
+
+    void runAtUltimateUntilHalt() {
+        Open();
+        LoadExample("counter.obj");
+        QVERIFY(window->messages.back().rfind("Operation completed.", 0) == 0);
+        Trigger("Ultimate");
+        Trigger("Start");
+        QCOMPARE(window->machine().HaltState, 1);
+        QCOMPARE(window->machine().InstructionCount, 2 + 1000 * 4 + 1);
+        const std::string& stats = window->messages.back();
+        QVERIFY2(stats.rfind("Total number of executed instructions is 4003.", 0) == 0,
+                 stats.c_str());
+        QVERIFY(stats.find("clock cycles or") != std::string::npos);
+        QVERIFY(window->Action("Start")->isEnabled());
+        QVERIFY(!window->Action("Stop")->isEnabled());
+        QCOMPARE(window->FieldText("B"), QString("00"));
+    }
+
+    void stepByStep() {
+        Open();
+        LoadExample("hello.obj");
+        Trigger("Step By Step");
+        Trigger("Start");
+        QCOMPARE(window->machine().InstructionCount, 0);
+        QVERIFY(window->Action("Step")->isEnabled());
+        Trigger("Step");
+        QCOMPARE(window->machine().InstructionCount, 1);
+        QCOMPARE(window->FieldText("PC"), QString("0003"));
+        QCOMPARE(window->FieldText("H"), QString("00"));
+        Trigger("Stop");
+        QVERIFY(window->Action("Start")->isEnabled());
+    }
+
+    void registerEdits() {
+        Open();
+        QVERIFY(window->EditRegister("A", "1FF"));
+        QCOMPARE(window->machine().A, 0xFF);
+        QVERIFY(window->EditRegister("A", "3c"));
+        QCOMPARE(window->machine().A, 0x3C);
+        QVERIFY(window->EditRegister("FlagZ", "0"));
+        QCOMPARE(window->machine().FlagZ, 0);
+        QVERIFY(!window->EditRegister("FlagZ", "2"));
+        QCOMPARE(window->machine().FlagZ, 0);
+        QVERIFY(window->EditRegister("PC", "12345"));
+        QCOMPARE(window->machine().PC, 0x2345);
+        QVERIFY(!window->EditRegister("SP", "xyz"));
+        QCOMPARE(window->machine().SP, 0xFFFF);
+        QVERIFY(window->EditRegister("B'", "7"));
+        QCOMPARE(window->machine().AltB, 7);
+        QCOMPARE(window->FieldText("B'"), QString("07"));
+    }
+
+    void resetClearsCountersAndNmiJumpsTo66() {
+        Open();
+        LoadExample("hello.obj");
+        Trigger("Step By Step");
+        Trigger("Start");
+        Trigger("Step");
+        Trigger("Step");
+        window->runControl().Command1();  // NMI, carried out at once at Step By Step
+        QCOMPARE(window->machine().PC, 0x66);
+        QCOMPARE(window->machine().CurrentInstructionText, std::string("NMI"));
+        window->runControl().Command3Press();
+        window->runControl().Command3Release();
+        QCOMPARE(window->machine().InstructionCount, 0);
+        QCOMPARE(window->machine().PC, 0);
+        QCOMPARE(window->machine().CurrentInstructionText, std::string("RESET"));
+        Trigger("Stop");
+    }
+};
+
+QTEST_MAIN(MainWindowTest)
+#include "main_window_test.moc"

@@ -8,7 +8,7 @@
 namespace mb {
 
 class SettingsStore {
-public:
+  public:
     virtual ~SettingsStore() = default;
     virtual std::string GetSettingText(const std::string& name, const std::string& def) = 0;
     virtual int GetSettingInt(const std::string& name, int def) = 0;
@@ -18,7 +18,7 @@ public:
 
 // Store held in memory, for tests and the command-line tools.
 class MemorySettingsStore : public SettingsStore {
-public:
+  public:
     std::string GetSettingText(const std::string& name, const std::string& def) override;
     int GetSettingInt(const std::string& name, int def) override;
     void SetSettingText(const std::string& name, const std::string& value) override;
@@ -26,7 +26,7 @@ public:
 
     bool Contains(const std::string& name) const { return values_.count(name) != 0; }
 
-private:
+  private:
     std::map<std::string, std::string> values_;
 };
 

@@ -7,6 +7,7 @@
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -49,7 +50,12 @@ void RegisterField::mouseDoubleClickEvent(QMouseEvent*) {
 }
 
 MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
-    : QMainWindow(parent), settings_(settings), m_(std::make_unique<Machine>()) {
+    : QMainWindow(parent),
+      settings_(settings),
+      m_(std::make_unique<Machine>()),
+      recent_(settings, [](const std::string& path) {
+          return QFileInfo::exists(QString::fromStdString(path));
+      }) {
     hooks_.host = this;
     hooks_.log = &log_;
     rc_ = std::make_unique<RunControl>(*m_, *this, settings_, hooks_, log_);
@@ -213,7 +219,15 @@ void MainWindow::BuildMenus() {
     add(file, "Save Memory", [this] { images_->menusave(); });
     add(file, "Load Another Program File", [this] { images_->menuload2(); });
     file->addSeparator();
+    recentEnd_ = file->addSeparator();
+    add(file, "Clear Recent Files List", [this] {
+        recent_.Clear();
+        RebuildRecentMenu();
+    });
+    file->addSeparator();
     add(file, "Exit", [this] { close(); });
+    fileMenu_ = file;
+    RebuildRecentMenu();
 
     QMenu* sim = menuBar()->addMenu(tr("&Simulation"));
     add(sim, "Start", [this] { rc_->menustart(); });
@@ -546,13 +560,54 @@ std::optional<std::string> MainWindow::AskText(const std::string& prompt,
     return answer;
 }
 
-void MainWindow::ProgramLoaded(const std::string&) {
+void MainWindow::ProgramLoaded(const std::string& path) {
+    recent_.Add(path);
+    if (fileMenu_) RebuildRecentMenu();
     m_->NextInstructionText = InstructionTextAt(*m_, m_->PC);
     ekran();
 }
 
 void MainWindow::MemoryCleared() {
     ekran();
+}
+
+// The recent files stand between two separators of the File menu.
+void MainWindow::RebuildRecentMenu() {
+    for (QAction* a : recentActions_) {
+        fileMenu_->removeAction(a);
+        a->deleteLater();
+    }
+    recentActions_.clear();
+    if (settings_.GetSettingInt("Show Recent Files - Simulator", 1) != 1) return;
+    const std::vector<std::string> paths = recent_.Read();
+    for (int i = 0; i < static_cast<int>(paths.size()); ++i) {
+        auto* a = new QAction(QString::fromStdString(recent_.Caption(i, paths[i])), fileMenu_);
+        const std::string path = paths[i];
+        connect(a, &QAction::triggered, this, [this, path] { OpenRecent(path); });
+        recentActions_.push_back(a);
+    }
+    if (paths.empty()) {
+        auto* none = new QAction("<empty>", fileMenu_);
+        none->setEnabled(false);
+        recentActions_.push_back(none);
+    }
+    fileMenu_->insertActions(recentEnd_, {recentActions_.begin(), recentActions_.end()});
+}
+
+void MainWindow::OpenRecent(const std::string& path) {
+    if (rc_->SimulationRunning) {
+        ShowMessage("Please stop the simulation first.");
+        return;
+    }
+    if (!QFileInfo::exists(QString::fromStdString(path))) {
+        ShowMessage("The file with the path:\n" + path + "\ncould not be found...");
+        RebuildRecentMenu();
+        return;
+    }
+    settings_.SetSettingText("Auto Start Hex File", path);
+    images_->ClearMemory();
+    images_->LoadProgram(path);
+    UpdateCommands();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

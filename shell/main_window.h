@@ -17,6 +17,7 @@
 #include "core/run_control.h"
 #include "core/simlog.h"
 #include "images/program_image.h"
+#include "settings/recent_files.h"
 
 class QAction;
 class QActionGroup;
@@ -111,6 +112,8 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     void AddField(QGridLayout* grid, int row, int col, const QString& caption, const QString& name,
                   int digits);
     void UpdateCommands();
+    void RebuildRecentMenu();
+    void OpenRecent(const std::string& path);
     void OnFieldEdit(RegisterField* field);
     void AddOption(QMenu* menu, const QString& caption, const char* key, int def);
     void AddTextOption(QMenu* menu, const QString& caption, const char* key, const char* def);
@@ -135,6 +138,10 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     QPushButton* reset_ = nullptr;
     QActionGroup* rates_ = nullptr;
     std::map<QString, QAction*> actions_;
+    RecentFiles recent_;
+    QMenu* fileMenu_ = nullptr;
+    QAction* recentEnd_ = nullptr;  // the separator below the recent entries
+    std::vector<QAction*> recentActions_;
     bool closing_ = false;
 };
 

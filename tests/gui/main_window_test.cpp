@@ -1,6 +1,8 @@
 #include "shell/main_window.h"
 
 #include <QAction>
+#include <QMenu>
+#include <QMenuBar>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -34,6 +36,7 @@ class MainWindowTest : public QObject {
 
   private slots:
     void init() {
+        QFile::remove(dir.filePath("settings.ini"));
         settings = std::make_unique<QtSettingsStore>(dir.filePath("settings.ini"));
         settings->SetSettingText("Last Path", dir.path().toStdString());
     }
@@ -100,6 +103,27 @@ class MainWindowTest : public QObject {
         QVERIFY(window->EditRegister("B'", "7"));
         QCOMPARE(window->machine().AltB, 7);
         QCOMPARE(window->FieldText("B'"), QString("07"));
+    }
+
+    void recentFilesInTheFileMenu() {
+        Open();
+        QVERIFY(window->Action("Clear Recent Files List"));
+        auto captions = [this] {
+            QStringList out;
+            for (QAction* a : window->menuBar()->actions().first()->menu()->actions())
+                if (!a->isSeparator()) out << a->text();
+            return out;
+        };
+        QVERIFY(captions().contains("<empty>"));
+        LoadExample("hello.obj");
+        LoadExample("counter.obj");
+        const QStringList now = captions();
+        QVERIFY(!now.contains("<empty>"));
+        const int first = now.indexOf(QString("1: ") + MB_EXAMPLES + "/counter.obj");
+        QVERIFY2(first >= 0, qPrintable(now.join("|")));
+        QCOMPARE(now.at(first + 1), QString("2: ") + MB_EXAMPLES + "/hello.obj");
+        Trigger("Clear Recent Files List");
+        QVERIFY(captions().contains("<empty>"));
     }
 
     void resetClearsCountersAndNmiJumpsTo66() {

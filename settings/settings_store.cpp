@@ -1,6 +1,7 @@
 #include "settings_store.h"
 
 #include <cstdlib>
+#include <set>
 
 namespace mb {
 
@@ -28,6 +29,31 @@ void MemorySettingsStore::SetSettingText(const std::string& name, const std::str
 
 void MemorySettingsStore::SetSettingInt(const std::string& name, int value) {
     values_[name] = std::to_string(value);
+}
+
+std::string MemorySettingsStore::DumpSettings() {
+    std::string out;
+    for (const auto& [name, value] : values_) out += name + "\t" + value + "\r\n";
+    return out;
+}
+
+bool MemorySettingsStore::DeleteAllSettings() {
+    values_.clear();
+    return true;
+}
+
+int MemorySettingsStore::DeleteLayoutSettings() {
+    std::set<std::string> groups;
+    for (auto it = values_.begin(); it != values_.end();) {
+        const size_t slash = it->first.find('\\');
+        if (slash == std::string::npos) {
+            ++it;
+            continue;
+        }
+        groups.insert(it->first.substr(0, slash));
+        it = values_.erase(it);
+    }
+    return static_cast<int>(groups.size());
 }
 
 double SettingNumber(const std::string& text) {

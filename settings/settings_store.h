@@ -14,6 +14,13 @@ class SettingsStore {
     virtual int GetSettingInt(const std::string& name, int def) = 0;
     virtual void SetSettingText(const std::string& name, const std::string& value) = 0;
     virtual void SetSettingInt(const std::string& name, int value) = 0;
+    // Every value as "name<TAB>value\r\n", for bug reports.
+    virtual std::string DumpSettings() = 0;
+    // Removes the whole store; false when that failed.
+    virtual bool DeleteAllSettings() = 0;
+    // Removes the sub-keys directly under the root (names holding a backslash
+    // address them) and returns how many there were; plain values stay.
+    virtual int DeleteLayoutSettings() = 0;
 };
 
 // Store held in memory, for tests and the command-line tools.
@@ -23,6 +30,9 @@ class MemorySettingsStore : public SettingsStore {
     int GetSettingInt(const std::string& name, int def) override;
     void SetSettingText(const std::string& name, const std::string& value) override;
     void SetSettingInt(const std::string& name, int value) override;
+    std::string DumpSettings() override;
+    bool DeleteAllSettings() override;
+    int DeleteLayoutSettings() override;
 
     bool Contains(const std::string& name) const { return values_.count(name) != 0; }
 

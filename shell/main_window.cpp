@@ -6,6 +6,7 @@
 #include <QDateTime>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFontDatabase>
@@ -69,6 +70,13 @@ MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
     clean(*m_);
     rc_->LoadSettings();
     rc_->menuspeed(m_->SimulationRate);
+    // Layouts of resized windows are dropped once after an update.
+    if (settings_.GetSettingInt("Reset Windows Layout Settings Counter", 0) < 5) {
+        settings_.DeleteLayoutSettings();
+        settings_.SetSettingInt("Reset Windows Layout Settings Counter", 5);
+    }
+    if (settings_.GetSettingText("Save Always On Top", "1") == "1")
+        setWindowFlag(Qt::WindowStaysOnTopHint, true);
     if (settings_.GetSettingText("Save Positions", "ON") == "ON") {
         const int left = settings_.GetSettingInt("Window1 Left", 2000);
         const int top = settings_.GetSettingInt("Window1 Top", 1230);
@@ -216,7 +224,9 @@ void MainWindow::BuildMenus() {
     add(file, "Clear Memory", [this] { images_->ClearMemory(); });
     add(file, "Load Program", [this] { images_->menuload(); });
     add(file, "Reload", [this] { images_->menureload(); });
-    add(file, "Save Memory", [this] { images_->menusave(); });
+    add(file, "Save Memory", [this] {
+        if (WriteTest(settings_.GetSettingText("Last Path", ""))) images_->menusave();
+    });
     add(file, "Load Another Program File", [this] { images_->menuload2(); });
     file->addSeparator();
     recentEnd_ = file->addSeparator();
@@ -288,6 +298,11 @@ void MainWindow::AddTextOption(QMenu* menu, const QString& caption, const char* 
 }
 
 void MainWindow::ApplyOptions() {
+    const bool onTop = settings_.GetSettingText("Save Always On Top", "1") == "1";
+    if (onTop != bool(windowFlags() & Qt::WindowStaysOnTopHint)) {
+        setWindowFlag(Qt::WindowStaysOnTopHint, onTop);
+        show();
+    }
     const int rate = m_->SimulationRate;
     ReadStartupSettings();
     m_->SimulationRate = rate;
@@ -494,7 +509,10 @@ void MainWindow::ShowMessage(const std::string& text) {
     messages.push_back(text);
     if (QApplication::platformName() == "offscreen") return;
     if (settings_.GetSettingText("Show Confirmations", "OFF") == "ON") {
+        if (messageShowing_) return;
+        messageShowing_ = true;
         QMessageBox::information(this, kTitle, QString::fromStdString(text));
+        messageShowing_ = false;
         return;
     }
     // The Confirmation window: not modal, gone after "Messages Duration".
@@ -569,6 +587,43 @@ void MainWindow::ProgramLoaded(const std::string& path) {
 
 void MainWindow::MemoryCleared() {
     ekran();
+}
+
+bool MainWindow::WriteTest(const std::string& folder) {
+    const QString path = QString::fromStdString(folder) + "/corvalent_write_test.txt";
+    QFile probe(path);
+    if (probe.open(QIODevice::WriteOnly) && probe.remove()) return true;
+    ShowMessage("The current user does not have write permissions for this folder...\n" + folder);
+    return false;
+}
+
+void MainWindow::menuregistry() {
+    if (!AskYesNo(
+            "This command will delete all application registry settings, restoring the state of "
+            "the first "
+            "application start.\nAlso, the application will be closed.\nDo you want to proceed?"))
+        return;
+    if (!settings_.DeleteAllSettings()) {
+        ShowMessage("The action was not successful.");
+        return;
+    }
+    QCoreApplication::exit(0);
+}
+
+void MainWindow::menuregistry2() {
+    if (!AskYesNo("This command will delete internal application registry settings related to "
+                  "window layouts.\n"
+                  "It is needed for windows affected with the Resize Windows feature to see the "
+                  "correct window "
+                  "layout if it has been updated with the new software release.\nAll application "
+                  "settings will "
+                  "be preserved.\nAlso, the application will be closed.\nDo you want to proceed?"))
+        return;
+    const int removed = settings_.DeleteLayoutSettings();
+    ShowMessage(removed > 0 ? "Window layout settings deleted (for " + std::to_string(removed) +
+                                  " windows)."
+                            : "Window layout settings not found.");
+    QCoreApplication::exit(0);
 }
 
 // The recent files stand between two separators of the File menu.

@@ -113,6 +113,11 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
                   int digits);
     void UpdateCommands();
     void RebuildRecentMenu();
+    void menuregistry();
+    void menuregistry2();
+    // Creates and deletes a file in the folder; false (after a message) when the
+    // user may not write there.
+    bool WriteTest(const std::string& folder);
     void OpenRecent(const std::string& path);
     void OnFieldEdit(RegisterField* field);
     void AddOption(QMenu* menu, const QString& caption, const char* key, int def);
@@ -143,6 +148,7 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     QAction* recentEnd_ = nullptr;  // the separator below the recent entries
     std::vector<QAction*> recentActions_;
     bool closing_ = false;
+    bool messageShowing_ = false;  // a modal message drops messages that arrive meanwhile
 };
 
 }  // namespace mb

@@ -37,4 +37,27 @@ void QtSettingsStore::SetSettingInt(const std::string& name, int value) {
     settings_->sync();
 }
 
+std::string QtSettingsStore::DumpSettings() {
+    std::string out;
+    for (const QString& key : settings_->allKeys()) {
+        QString name = key;
+        name.replace('/', '\\');
+        out += name.toStdString() + "\t" + settings_->value(key).toString().toStdString() + "\r\n";
+    }
+    return out;
+}
+
+bool QtSettingsStore::DeleteAllSettings() {
+    settings_->clear();
+    settings_->sync();
+    return settings_->status() == QSettings::NoError && settings_->allKeys().isEmpty();
+}
+
+int QtSettingsStore::DeleteLayoutSettings() {
+    const QStringList groups = settings_->childGroups();
+    for (const QString& g : groups) settings_->remove(g);
+    settings_->sync();
+    return static_cast<int>(groups.size());
+}
+
 }  // namespace mb

@@ -19,6 +19,10 @@ class QtSettingsStore : public SettingsStore {
     void SetSettingText(const std::string& name, const std::string& value) override;
     void SetSettingInt(const std::string& name, int value) override;
 
+    std::string DumpSettings() override;
+    bool DeleteAllSettings() override;
+    int DeleteLayoutSettings() override;
+
   private:
     static QString Key(const std::string& name);
     std::unique_ptr<QSettings> settings_;

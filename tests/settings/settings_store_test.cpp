@@ -31,3 +31,22 @@ TEST(SettingNumber, UnreadableCountsAsZero) {
 
 }  // namespace
 }  // namespace mb
+
+namespace mb {
+namespace {
+
+TEST(MemorySettingsStore, LayoutDeletionKeepsPlainValues) {
+    MemorySettingsStore s;
+    s.SetSettingInt("Window1 Left", 100);
+    s.SetSettingText("Layout 17\\Width", "500");
+    s.SetSettingText("Layout 17\\Height", "300");
+    s.SetSettingText("Layout 20\\Width", "200");
+    EXPECT_EQ(s.DeleteLayoutSettings(), 2);
+    EXPECT_EQ(s.DumpSettings(), "Window1 Left\t100\r\n");
+    EXPECT_EQ(s.DeleteLayoutSettings(), 0);
+    EXPECT_TRUE(s.DeleteAllSettings());
+    EXPECT_EQ(s.GetSettingInt("Window1 Left", 2000), 2000);
+}
+
+}  // namespace
+}  // namespace mb

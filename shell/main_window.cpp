@@ -23,6 +23,7 @@
 #include <fstream>
 
 #include "core/numtext.h"
+#include "entry_dialogs.h"
 #include "settings/settings_store.h"
 
 namespace mb {
@@ -475,17 +476,16 @@ void MainWindow::SetUltimateTimer(int intervalMs) {
 
 int MainWindow::AskInValue(const std::string& caption, const std::string& prompt) {
     if (inValueAnswer) return inValueAnswer(prompt);
-    for (;;) {
-        bool ok = false;
-        const QString text =
-            QInputDialog::getText(this, QString::fromStdString(caption),
-                                  QString::fromStdString(prompt), QLineEdit::Normal, "00", &ok)
-                .trimmed()
-                .toUpper();
-        const int value = pb_dec2(text.rightJustified(2, '0').toStdString());
-        if (ok && value >= 0) return value;
-        if (!ok) return 0;
+    ByteEntryDialog dialog(ByteEntryDialog::Kind::InInstruction, QString::fromStdString(caption),
+                           QString::fromStdString(prompt), settings_, this);
+    dialog.switchToStepByStep = [this] {
+        rc_->menuspeed1();
+        UpdateCommands();
+    };
+    // The question has no way out: it is asked until a byte is given.
+    while (dialog.exec() != QDialog::Accepted || dialog.value < 0) {
     }
+    return dialog.value;
 }
 
 bool MainWindow::AskText(const std::string& prompt, const std::string& proposed,

@@ -126,6 +126,29 @@ class MainWindowTest : public QObject {
         QVERIFY(captions().contains("<empty>"));
     }
 
+    void inPromptIsAnsweredThroughTheWindow() {
+        Open();
+        QFile program(dir.filePath("in.obj"));
+        QVERIFY(program.open(QIODevice::WriteOnly));
+        program.write(QByteArray("\xDB\x05\x76", 3));  // IN A,(05H); HALT
+        program.close();
+        const std::string path = dir.filePath("in.obj").toStdString();
+        window->fileAnswer = [path](bool) { return path; };
+        Trigger("Load Program");
+        std::string asked;
+        window->inValueAnswer = [&asked](const std::string& prompt) {
+            asked = prompt;
+            return 0x5A;
+        };
+        Trigger("Step By Step");
+        Trigger("Start");
+        Trigger("Step");
+        QCOMPARE(asked, std::string("Enter data received on port 05H [00-FF]."));
+        QCOMPARE(window->machine().A, 0x5A);
+        QCOMPARE(window->FieldText("A"), QString("5A"));
+        Trigger("Stop");
+    }
+
     void resetClearsCountersAndNmiJumpsTo66() {
         Open();
         LoadExample("hello.obj");

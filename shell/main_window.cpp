@@ -83,11 +83,19 @@ MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
         const int top = settings_.GetSettingInt("Window1 Top", 1230);
         move(left < 0 ? 2000 / 15 : left / 15, top < 0 ? 1230 / 15 : top / 15);
     }
+    ApplyArrangement();
     ekran();
     UpdateCommands();
 }
 
 MainWindow::~MainWindow() = default;
+
+// "Arrange Mode" 0 stacks the register groups, 1 sets them side by side.
+void MainWindow::ApplyArrangement() {
+    const bool sideBySide = settings_.GetSettingInt("Arrange Mode", 0) == 1;
+    groups_->setDirection(sideBySide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    adjustSize();
+}
 
 // The start-up table: the options the machine and run control read.
 // Read in the order of the table; a read writes a missing default back.
@@ -129,13 +137,15 @@ void MainWindow::ReadStartupSettings() {
 QWidget* MainWindow::BuildRegisterDisplay() {
     auto* central = new QWidget(this);
     auto* layout = new QVBoxLayout(central);
+    groups_ = new QBoxLayout(QBoxLayout::TopToBottom);
+    layout->addLayout(groups_);
     // Each group has a grid of its own, so narrow fields stay narrow.
     auto group = [&](const QString& title) {
         auto* box = new QGroupBox(title, central);
         auto* grid = new QGridLayout(box);
         grid->setHorizontalSpacing(4);
         grid->setVerticalSpacing(2);
-        layout->addWidget(box);
+        groups_->addWidget(box);
         return grid;
     };
     QGridLayout* regs = group(tr("Registers"));
@@ -269,6 +279,19 @@ void MainWindow::BuildMenus() {
     AddOption(options, "Enable IN/OUT Instructions Logging", "Log IN And OUT New", 0);
     add(options, "Change Ultimate Rate Refresh Interval",
         [this] { rc_->ChangeUltimateInterval(); });
+    add(options, "Change Registers Arrangement", [this] {
+        settings_.SetSettingInt("Arrange Mode",
+                                settings_.GetSettingInt("Arrange Mode", 0) == 0 ? 1 : 0);
+        ApplyArrangement();
+    });
+    QAction* showRecent = options->addAction("Show Recent Files");
+    showRecent->setCheckable(true);
+    showRecent->setChecked(settings_.GetSettingInt("Show Recent Files - Simulator", 1) == 1);
+    connect(showRecent, &QAction::toggled, this, [this](bool on) {
+        settings_.SetSettingInt("Show Recent Files - Simulator", on ? 1 : 0);
+        RebuildRecentMenu();
+    });
+    actions_["Show Recent Files"] = showRecent;
     AddOption(options, "Display Relative Branch Hex Argument",
               "Display Relative Branch Hex Argument", 0);
 }

@@ -21,6 +21,7 @@
 
 class QAction;
 class QActionGroup;
+class QBoxLayout;
 class QGridLayout;
 class QMenu;
 class QPushButton;
@@ -113,6 +114,7 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
                   int digits);
     void UpdateCommands();
     void RebuildRecentMenu();
+    void ApplyArrangement();
     void menuregistry();
     void menuregistry2();
     // Creates and deletes a file in the folder; false (after a message) when the
@@ -142,6 +144,7 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     QPushButton* int_ = nullptr;
     QPushButton* reset_ = nullptr;
     QActionGroup* rates_ = nullptr;
+    QBoxLayout* groups_ = nullptr;
     std::map<QString, QAction*> actions_;
     RecentFiles recent_;
     QMenu* fileMenu_ = nullptr;

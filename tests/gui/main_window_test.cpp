@@ -149,6 +149,25 @@ class MainWindowTest : public QObject {
         Trigger("Stop");
     }
 
+    void closingDuringARunStopsIt() {
+        Open();
+        LoadExample("counter.obj");
+        Trigger("Slow");
+        QTimer::singleShot(300, window.get(), [this] { window->close(); });
+        Trigger("Start");  // returns when the run loop has left
+        QTRY_VERIFY(!window->isVisible());
+        QVERIFY(!window->runControl().SimulationRunning);
+        QVERIFY(window->machine().InstructionCount < 10);
+    }
+
+    void registersArrangementIsStored() {
+        Open();
+        Trigger("Change Registers Arrangement");
+        QCOMPARE(settings->GetSettingInt("Arrange Mode", 0), 1);
+        Trigger("Change Registers Arrangement");
+        QCOMPARE(settings->GetSettingInt("Arrange Mode", 0), 0);
+    }
+
     void resetClearsCountersAndNmiJumpsTo66() {
         Open();
         LoadExample("hello.obj");

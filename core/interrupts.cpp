@@ -23,6 +23,13 @@ std::string CleanAnswer(const std::string& text) {
     return out;
 }
 
+std::string WithWrongEntry(const std::string& prompt) {
+    std::string text = prompt;
+    text += '\n';
+    text += kWrongEntry;
+    return text;
+}
+
 // An interrupt accepted on a HALT returns to the instruction after it.
 void StepPastHalt(Machine& m) {
     if (m.PC >= 0 && m.PC < kMemorySize && m.MemoryImage[m.PC] == kHaltOpcode) m.PC += 1;
@@ -110,8 +117,12 @@ void RunControl::CarryOutInt() {
 // Mode 0: which RST the device puts on the bus, 1 to 8; asked until valid.
 int RunControl::AskRestartChoice() {
     std::string prompt = "Enter the choice of instruction supplied by the peripheral device:";
-    for (int k = 0; k < 8; ++k)
-        prompt += "\n" + std::to_string(k + 1) + " - RST " + pb_hex2(k * 8) + "H";
+    for (int k = 0; k < 8; ++k) {
+        prompt += '\n';
+        prompt += static_cast<char>('1' + k);
+        prompt += " - RST ";
+        prompt += pb_hex2H(k * 8);
+    }
     std::string question = prompt;
     for (;;) {
         std::string answer;
@@ -119,7 +130,7 @@ int RunControl::AskRestartChoice() {
             answer = CleanAnswer(answer);
             if (answer.size() == 1 && answer[0] >= '1' && answer[0] <= '8') return answer[0] - '0';
         }
-        question = prompt + "\n" + kWrongEntry;
+        question = WithWrongEntry(prompt);
     }
 }
 
@@ -138,7 +149,7 @@ int RunControl::AskVector() {
             const int vector = answer.size() == 2 ? pb_dec2(answer) : -1;
             if (vector >= 0 && vector % 2 == 0) return vector;
         }
-        question = prompt + "\n" + kWrongEntry;
+        question = WithWrongEntry(prompt);
     }
 }
 

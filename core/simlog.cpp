@@ -26,21 +26,28 @@ std::string FlagDigits(int s, int z, int y, int h, int x, int p, int n, int c) {
 }
 
 std::string CountColumn(int count) {
-    if (count >= 1000000) {
-        std::string six = std::to_string(count % 1000000);
-        return " " + std::string(6 - six.size(), '0') + six;
-    }
-    std::string text = std::to_string(count);
-    return text.size() < 7 ? std::string(7 - text.size(), ' ') + text : text;
+    std::string text = std::to_string(count >= 1000000 ? count % 1000000 : count);
+    const size_t width = count >= 1000000 ? 6 : 7;
+    std::string out;
+    if (count >= 1000000) out += ' ';
+    if (text.size() < width) out.append(width - text.size(), count >= 1000000 ? '0' : ' ');
+    out += text;
+    return out;
 }
 
 // The file is single-byte text: the micro sign takes its one-byte form.
-std::string SingleByte(std::string text) {
-    for (size_t at = text.find(kMicroUtf8); at != std::string::npos;
-         at = text.find(kMicroUtf8, at)) {
-        text.replace(at, 2, kMicroLatin1);
+std::string SingleByte(const std::string& text) {
+    std::string out;
+    out.reserve(text.size());
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text.compare(i, 2, kMicroUtf8) == 0) {
+            out += kMicroLatin1;
+            ++i;
+        } else {
+            out += text[i];
+        }
     }
-    return text;
+    return out;
 }
 
 }  // namespace

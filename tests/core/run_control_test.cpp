@@ -1,0 +1,326 @@
+// Run control driven by a scripted host: Start, Step, Stop, the rates and the
+// run loop, RESET and the change commands.
+#include "core/run_control.h"
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <memory>
+
+#include "core/access.h"
+#include "scripted_host.h"
+#include "settings/settings_store.h"
+
+namespace mb {
+namespace {
+
+using testing::ScriptedHost;
+
+class RunControlTest : public ::testing::Test {
+  protected:
+    Machine m;
+    ScriptedHost host;
+    MemorySettingsStore settings;
+    AccessHooks hooks;
+    SimLog log;
+    RunControl rc{m, host, settings, hooks, log};
+
+    void SetUp() override {
+        settings.SetSettingInt(kSettingSlowDelay, 3);
+        settings.SetSettingInt(kSettingNormalDelay, 2);
+        settings.SetSettingInt(kSettingFastDelay, 1);
+        settings.SetSettingInt(kSettingPromptBeforeIn, 0);
+        rc.LoadSettings();
+    }
+
+    void Load(int address, std::initializer_list<int> bytes) {
+        for (int b : bytes) m.MemoryImage[address++] = b;
+    }
+
+    void SetRate(int rate) {
+        m.SimulationRate = rate;
+        rc.UpdateEndStageMask();
+    }
+
+    // Calls `action` once, at the first yield that sees InstructionCount >= n.
+    void AtCount(int n, std::function<void()> action) {
+        auto done = std::make_shared<bool>(false);
+        host.onYield = [this, n, action, done] {
+            if (!*done && m.InstructionCount >= n) {
+                *done = true;
+                action();
+            }
+        };
+    }
+};
+
+// An endless loop that counts in A: INC A; JP 0000H.
+constexpr std::initializer_list<int> kCountingLoop = {0x3C, 0xC3, 0x00, 0x00};
+
+TEST_F(RunControlTest, StartAtStepByStepRunsNothingUntilStep) {
+    Load(0, {0x3E, 0x12, 0x06, 0x34});  // LD A,12H; LD B,34H
+    SetRate(kRateStepByStep);
+    rc.menustart();
+    EXPECT_TRUE(rc.SimulationRunning);
+    EXPECT_EQ(m.InstructionCount, 0);
+    EXPECT_TRUE(rc.StepEnabled);
+    EXPECT_TRUE(rc.Step2Enabled);
+    EXPECT_FALSE(rc.StartEnabled);
+    EXPECT_TRUE(rc.StopEnabled);
+    EXPECT_EQ(m.NextInstructionText, "LD A,12H");
+
+    rc.menustep();
+    EXPECT_EQ(m.InstructionCount, 1);
+    EXPECT_EQ(m.A, 0x12);
+    EXPECT_EQ(m.PC, 2);
+    EXPECT_EQ(rc.RunLoopActive, 0);
+    rc.menustep2();
+    EXPECT_EQ(m.B, 0x34);
+    EXPECT_EQ(m.InstructionCount, 2);
+}
+
+// From a running rate to Step By Step: the loop ends, the machine stays
+// running, and both instruction texts are exact even at Ultimate, where the
+// instructions build no text.
+TEST_F(RunControlTest, ChangeToStepByStepLeavesLoopWithDisplayExact) {
+    for (int rate : {kRateFast, kRateExtremelyFast, kRateUltimate}) {
+        SCOPED_TRACE(rate);
+        Load(0, kCountingLoop);
+        SetRate(rate);
+        host.viewBits = 0;
+        AtCount(7, [this] { rc.menuspeed1(); });
+        rc.menustart();
+        EXPECT_TRUE(rc.SimulationRunning);
+        EXPECT_EQ(rc.RunLoopActive, 0);
+        EXPECT_EQ(m.SimulationRate, kRateStepByStep);
+        EXPECT_TRUE(rc.StepEnabled);
+        EXPECT_GE(m.InstructionCount, 7);
+        const bool afterInc = m.PC == 1;
+        EXPECT_EQ(m.CurrentInstructionText, afterInc ? "INC A" : "JP 0000H");
+        EXPECT_EQ(m.NextInstructionText, afterInc ? "JP 0000H" : "INC A");
+        EXPECT_TRUE(host.viewBits & kViewRegisters);
+        host.onYield = nullptr;
+        rc.menustop();
+        EXPECT_FALSE(rc.SimulationRunning);
+    }
+}
+
+TEST_F(RunControlTest, StepByStepToNormalEntersLoop) {
+    Load(0, kCountingLoop);
+    SetRate(kRateStepByStep);
+    rc.menustart();
+    ASSERT_EQ(m.InstructionCount, 0);
+    AtCount(5, [this] { rc.menuspeed1(); });
+    rc.menuspeed3();
+    EXPECT_EQ(m.InstructionCount, 5);
+    EXPECT_EQ(rc.RunLoopActive, 0);
+    EXPECT_TRUE(rc.StepEnabled);
+    // Normal waits its delay of 2 sleeps after each instruction but the last,
+    // whose wait is cut short by the change to Step By Step.
+    EXPECT_EQ(host.sleeps5, 4 * 2);
+    EXPECT_EQ(settings.GetSettingText(kSettingRate, ""), "1");
+}
+
+TEST_F(RunControlTest, StopDuringSlowWaitEndsAtNextSleep) {
+    Load(0, kCountingLoop);
+    settings.SetSettingInt(kSettingSlowDelay, 140);
+    SetRate(kRateSlow);
+    host.onSleep = [this] {
+        if (host.sleeps5 == 3) rc.menustop();  // the user presses Stop
+    };
+    rc.menustart();
+    EXPECT_FALSE(rc.SimulationRunning);
+    EXPECT_EQ(host.sleeps5, 3);
+    EXPECT_EQ(m.InstructionCount, 1);
+    EXPECT_TRUE(rc.StartEnabled);
+    EXPECT_FALSE(rc.StopEnabled);
+    EXPECT_FALSE(m.NmiCommandEnabled || m.IntCommandEnabled || m.ResetCommandEnabled);
+    ASSERT_EQ(host.messages.size(), 1u);
+    EXPECT_EQ(host.messages[0].rfind("Total number of executed instructions is 1.\n", 0), 0u);
+    EXPECT_EQ(host.timer.back(), 0);  // the ultimate timer is stopped
+}
+
+TEST_F(RunControlTest, AtMostFourStepsWait) {
+    Load(0, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    SetRate(kRateStepByStep);
+    rc.menustart();
+    bool pressed = false;
+    host.onYield = [&] {
+        if (pressed) return;
+        pressed = true;
+        for (int i = 0; i < 5; ++i) rc.menustep();  // five more while the first runs
+    };
+    rc.menustep();
+    EXPECT_EQ(m.InstructionCount, 5);  // the one in progress and four waiting
+    EXPECT_EQ(rc.PendingSteps, 0);
+}
+
+TEST_F(RunControlTest, HaltStopsTheRunWithStatistics) {
+    Load(0, {0x00, 0x00, 0x76});  // NOP; NOP; HALT
+    m.ClockMHz = 4.0f;
+    SetRate(kRateStepByStep);
+    host.secondsSinceMidnight = 100.0;
+    rc.menustart();
+    rc.menustep();
+    rc.menustep();
+    host.secondsSinceMidnight = 112.04;  // with the 0.01 taken off at Start: 12.05 s
+    rc.menustep();                       // HALT ends the run
+    EXPECT_FALSE(rc.SimulationRunning);
+    ASSERT_EQ(host.messages.size(), 1u);
+    EXPECT_EQ(
+        host.messages[0],
+        "Total number of executed instructions is 3.\n"
+        "12.5 seconds elapsed.\n"
+        "Real-time duration of the simulation is 12 clock cycles or 3.00\xC2\xB5s at 4.0MHz.");
+    EXPECT_EQ(rc.LastStatistics(), host.messages[0]);
+}
+
+TEST_F(RunControlTest, UltimateSetsTheTimerAndRefreshesOnlyOnItsTick) {
+    Load(0, kCountingLoop);
+    SetRate(kRateUltimate);
+    int ticks = 0;
+    host.onYield = [&] {
+        if (++ticks == 3) rc.menustop();
+        rc.ultimatetimer();
+    };
+    rc.menustart();
+    EXPECT_EQ(host.timer.front(), 500);
+    EXPECT_EQ(host.timer.back(), 0);
+    EXPECT_GT(m.InstructionCount, 1000);  // no yield per instruction at Ultimate
+    // Start, one redraw per tick served, the final redraw.
+    EXPECT_GE(host.registerRedraws, 3);
+    EXPECT_LE(host.registerRedraws, ticks + 2);
+    EXPECT_FALSE(rc.SimulationRunning);
+}
+
+TEST_F(RunControlTest, ResetClearsCountersAndHolds500ms) {
+    Load(0, {0x3E, 0x12, 0x00, 0x00});
+    m.StartingAddress = 0;
+    SetRate(kRateStepByStep);
+    rc.menustart();
+    rc.menustep();
+    rc.menustep();
+    ASSERT_EQ(m.InstructionCount, 2);
+    rc.Command3Press();
+    EXPECT_FALSE(m.NmiCommandEnabled);
+    EXPECT_FALSE(rc.Step2Enabled);
+    rc.Command3Release();
+    EXPECT_EQ(m.InstructionCount, 0);
+    EXPECT_EQ(m.ClockCycles, 0);
+    EXPECT_EQ(m.PC, 0);
+    EXPECT_EQ(m.A, 0xFF);
+    EXPECT_EQ(m.CurrentInstructionText, "RESET");
+    EXPECT_EQ(m.NextInstructionText, "LD A,12H");
+    EXPECT_EQ(host.longSleeps, std::vector<int>{500});
+    EXPECT_TRUE(m.ResetCommandEnabled);
+    EXPECT_TRUE(m.NmiCommandEnabled);
+    EXPECT_TRUE(rc.Step2Enabled);
+    EXPECT_FALSE(rc.ResetHold);
+}
+
+// clickreset while running fast: the loop leaves, resets and turns again.
+TEST_F(RunControlTest, AutomaticResetThroughTheRunLoop) {
+    Load(0, kCountingLoop);
+    SetRate(kRateFast);
+    bool reset = false;
+    host.onYield = [&] {
+        if (!reset && m.InstructionCount >= 20) {
+            reset = true;
+            rc.clickreset();
+        } else if (reset && !host.longSleeps.empty() && m.InstructionCount >= 3 && !m.StopRequest) {
+            rc.menustop();
+        }
+    };
+    rc.menustart();
+    EXPECT_TRUE(reset);
+    EXPECT_FALSE(rc.SimulationRunning);
+    EXPECT_FALSE(rc.ResetRequest);
+    EXPECT_FALSE(rc.ResetHold);
+    EXPECT_EQ(host.longSleeps, std::vector<int>{500});
+    EXPECT_LT(m.InstructionCount, 20);  // counted again from the reset
+    EXPECT_EQ(rc.RunLoopActive, 0);
+}
+
+TEST_F(RunControlTest, ChangeCommandsCheckTheirEntries) {
+    struct Case {
+        void (RunControl::*command)();
+        const char* answer;
+        const char* message;  // "" when accepted
+    };
+    const Case cases[] = {
+        {&RunControl::ChangeClockFrequency, "3.5", ""},
+        {&RunControl::ChangeClockFrequency, "0.005", "Allowed range 0.01-120MHz."},
+        {&RunControl::ChangeClockFrequency, "121", "Allowed range 0.01-120MHz."},
+        {&RunControl::ChangeClockFrequency, "4x", "Allowed range 0.01-120MHz."},
+        {&RunControl::ChangeStartingAddress, "1a", ""},
+        {&RunControl::ChangeStartingAddress, "G000", "Wrong entry!"},
+        {&RunControl::ChangeStartingAddress, "12345", "Wrong entry!"},
+        {&RunControl::ChangeObjOffset, "800", ""},
+        {&RunControl::ChangeObjOffset, "-1", "Wrong entry!"},
+        {&RunControl::ChangeUltimateInterval, "2000", ""},
+        {&RunControl::ChangeUltimateInterval, "0", "Allowed range 1-2000."},
+        {&RunControl::ChangeUltimateInterval, "2001", "Allowed range 1-2000."},
+        {&RunControl::ChangeUltimateInterval, "abc", "Allowed range 1-2000."},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.answer);
+        host.messages.clear();
+        host.answers = {c.answer};
+        (rc.*c.command)();
+        if (*c.message) {
+            ASSERT_EQ(host.messages.size(), 1u);
+            EXPECT_EQ(host.messages[0], c.message);
+        } else {
+            EXPECT_TRUE(host.messages.empty());
+        }
+    }
+    EXPECT_FLOAT_EQ(m.ClockMHz, 3.5f);
+    EXPECT_EQ(settings.GetSettingText(kSettingClock, ""), "3.5");
+    EXPECT_EQ(m.StartingAddress, 0x1A);
+    EXPECT_EQ(m.PC, 0x1A);  // the new start takes effect through clean
+    EXPECT_EQ(settings.GetSettingText(kSettingStartingAddress, ""), "001A");
+    EXPECT_EQ(m.ObjOffset, 0x800);
+    EXPECT_EQ(settings.GetSettingText(kSettingUltimateTimer, ""), "2000");
+    EXPECT_EQ(host.questions[0], "Enter new clock frequency [0.01-120MHz]:");
+    EXPECT_EQ(host.questions[4], "Enter new starting address for the simulation [0000-FFFF]:");
+    EXPECT_EQ(host.questions[7], "Enter new offset address for OBJ files loading [0000-FFFF]:");
+}
+
+TEST_F(RunControlTest, ChangeCommandsRefusedWhileRunning) {
+    SetRate(kRateStepByStep);
+    rc.menustart();
+    for (auto command : {&RunControl::ChangeClockFrequency, &RunControl::ChangeStartingAddress,
+                         &RunControl::ChangeObjOffset, &RunControl::ChangeUltimateInterval}) {
+        host.messages.clear();
+        (rc.*command)();
+        ASSERT_EQ(host.messages.size(), 1u);
+        EXPECT_EQ(host.messages[0], "Please stop the simulation first.");
+    }
+    EXPECT_TRUE(host.questions.empty());
+}
+
+TEST_F(RunControlTest, RunToNextBasicShowsItsInfoOnceAndStopReturnsToStepping) {
+    Load(0, kCountingLoop);
+    settings.SetSettingInt(kSettingNextBasicRate, 1);  // Fast
+    rc.LoadSettings();  // reads the rate too, so the rate is set after it
+    SetRate(kRateStepByStep);
+    rc.menustart();
+    AtCount(3, [this] { rc.menustop(); });
+    rc.menustep4();
+    EXPECT_EQ(host.messages.size(), 2u);  // the info, then the statistics
+    EXPECT_EQ(host.messages[0].rfind("Be sure to customize this command performace", 0), 0u);
+    EXPECT_EQ(settings.GetSettingInt(kSettingNextBasicInfo, 0), 1);
+    EXPECT_FALSE(rc.SimulationRunning);
+    EXPECT_EQ(m.SimulationRate, kRateStepByStep);  // Stop during the fast phase
+    EXPECT_EQ(rc.NextBasicActive, 0);
+
+    host.messages.clear();
+    host.onYield = nullptr;
+    rc.menustart();
+    AtCount(2, [this] { rc.menuspeed1(); });
+    rc.menustep3();
+    EXPECT_TRUE(host.messages.empty());  // no info the second time
+}
+
+}  // namespace
+}  // namespace mb

@@ -1,0 +1,213 @@
+// mbsim end to end: small hand-assembled programs written to a temporary
+// folder, run by the built program, checked on stdout, stderr and exit status.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "core/numtext.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kMbsim = MB_BINARY_DIR "/tools/mbsim/mbsim";
+
+struct Result {
+    int status = -1;
+    std::string out, err;
+};
+
+std::string ReadFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+class MbsimTest : public ::testing::Test {
+  protected:
+    fs::path dir;
+
+    void SetUp() override {
+        dir = fs::temp_directory_path() /
+              ("mbsim_" +
+               std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
+        fs::remove_all(dir);
+        fs::create_directories(dir);
+    }
+    void TearDown() override { fs::remove_all(dir); }
+
+    fs::path Write(const std::string& name, const std::vector<int>& bytes) {
+        std::string text;
+        for (int b : bytes) text += static_cast<char>(b);
+        return WriteText(name, text);
+    }
+    fs::path WriteText(const std::string& name, const std::string& text) {
+        std::ofstream(dir / name, std::ios::binary) << text;
+        return dir / name;
+    }
+    // Runs mbsim in the temporary folder with `input` on stdin.
+    Result Run(const std::string& args, const std::string& input = "") {
+        WriteText("stdin.txt", input);
+        const std::string command = "cd '" + dir.string() + "' && '" + kMbsim + "' " + args +
+                                    " < stdin.txt > stdout.txt 2> stderr.txt";
+        const int raw = std::system(command.c_str());
+        Result r;
+        r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+        r.out = ReadFile(dir / "stdout.txt");
+        r.err = ReadFile(dir / "stderr.txt");
+        return r;
+    }
+};
+
+// Prints the zero-ended text at MSG on port 01H, then halts.
+const std::vector<int> kHello = {
+    0x21, 0x0D, 0x00,               // 0000 LD HL,000DH
+    0x7E,                           // 0003 LOOP: LD A,(HL)
+    0xB7,                           // 0004 OR A
+    0x28, 0x05,                     // 0005 JR Z,DONE
+    0xD3, 0x01,                     // 0007 OUT (01H),A
+    0x23,                           // 0009 INC HL
+    0x18, 0xF7,                     // 000A JR LOOP
+    0x76,                           // 000C DONE: HALT
+    'H',  'E',  'L',  'L', 'O', 0,  // 000D MSG
+};
+
+// Intel HEX text of bytes at `address`, 16 to a record.
+std::string HexText(const std::vector<int>& bytes, int address) {
+    std::string text;
+    for (size_t at = 0; at < bytes.size(); at += 16) {
+        const size_t n = std::min<size_t>(16, bytes.size() - at);
+        std::string record = mb::pb_hex2(n) + mb::pb_hex4(address + at) + "00";
+        int sum = static_cast<int>(n) + ((address + at) >> 8) + ((address + at) & 0xFF);
+        for (size_t i = 0; i < n; ++i) {
+            record += mb::pb_hex2(bytes[at + i]);
+            sum += bytes[at + i];
+        }
+        text += ":" + record + mb::pb_hex2(256 - sum % 256) + "\r\n";
+    }
+    return text + ":00000001FF\r\n";
+}
+
+TEST_F(MbsimTest, PrintsHelloThroughAPort) {
+    Write("hello.obj", kHello);
+    const Result r = Run("--out-port 01 hello.obj");
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "HELLO");
+    // LD HL; six per character; the last LD, OR, JR; HALT.
+    EXPECT_NE(r.err.find("Total number of executed instructions is 35.\n"), std::string::npos)
+        << r.err;
+    EXPECT_NE(r.err.find(" seconds elapsed.\n"), std::string::npos);
+    EXPECT_NE(r.err.find("at 4.0MHz."), std::string::npos);
+}
+
+TEST_F(MbsimTest, LoadsHexWritesLogsAndStopsAtAnAddress) {
+    WriteText("hello.hex", HexText(kHello, 0));
+    fs::create_directories(dir / "logs");
+    const Result r =
+        Run("--out-port 1H --stop-at 000CH --log --iolog --log-dir logs --clock 2 hello.hex");
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "HELLO");
+    EXPECT_NE(r.err.find("is 34.\n"), std::string::npos) << r.err;  // the HALT did not run
+    EXPECT_NE(r.err.find("at 2.0MHz."), std::string::npos);
+    const std::string log = ReadFile(dir / "logs" / "log.txt");
+    EXPECT_EQ(log.rfind("Simulation started at ", 0), 0u);
+    EXPECT_NE(log.find("\r\n      10000  LD HL,000DH     "), std::string::npos);
+    EXPECT_NE(log.find("Simulation stopped at "), std::string::npos);
+    const std::string io = ReadFile(dir / "logs" / "io.txt");
+    EXPECT_NE(io.find("\t0007H: OUT (01H),A\tData 48H sent to port 01H\r\n"), std::string::npos)
+        << io;
+    EXPECT_FALSE(fs::exists(dir / "log.txt"));
+}
+
+TEST_F(MbsimTest, EchoesStandardInputUntilItsEnd) {
+    Write("echo.obj", {
+                          0xDB, 0x02,  // 0000 IN A,(02H)
+                          0xB7,        // 0002 OR A
+                          0x28, 0x04,  // 0003 JR Z,0009H (0 at end of input)
+                          0xD3, 0x01,  // 0005 OUT (01H),A
+                          0x18, 0xF7,  // 0007 JR 0000H
+                          0x76,        // 0009 HALT
+                      });
+    const Result r = Run("--in-port 2 --out-port 1 echo.obj", "line one\nand two");
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "line one\nand two");
+}
+
+TEST_F(MbsimTest, RunsCpmStringOutput) {
+    Write("hi.obj", {
+                        0x0E, 0x09,        // 0100 LD C,09H
+                        0x11, 0x10, 0x01,  // 0102 LD DE,0110H
+                        0xCD, 0x05, 0x00,  // 0105 CALL 0005H
+                        0x0E, 0x02,        // 0108 LD C,02H
+                        0x1E, 0x21,        // 010A LD E,'!'
+                        0xCD, 0x05, 0x00,  // 010C CALL 0005H
+                        0xC9,              // 010F RET (to 0000H)
+                        'H',  'i',  ' ',  'C', 'P', '/', 'M', '$',
+                    });
+    const Result r = Run("--cpm hi.obj");
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "Hi CP/M!");
+}
+
+TEST_F(MbsimTest, InstructionLimitHasItsOwnStatus) {
+    Write("spin.obj", {0x00, 0xC3, 0x00, 0x00});  // NOP; JP 0000H
+    const Result r = Run("--max-instructions 100 spin.obj");
+    EXPECT_EQ(r.status, 3);
+    EXPECT_NE(r.err.find("Total number of executed instructions is 100.\n"), std::string::npos)
+        << r.err;
+
+    Write("self.obj", {0x00, 0x18, 0xFE});  // NOP; JR +0 (itself): the infinite-loop test ends it
+    EXPECT_EQ(Run("--max-instructions 100 self.obj").status, 0);
+}
+
+TEST_F(MbsimTest, OffsetStartAndBench) {
+    Write("z.obj", {0x3E, 'Z', 0xD3, 0x07, 0x76});  // LD A,'Z'; OUT (07H),A; HALT
+    const Result r = Run("--offset 4000 --start 0x4000 --out-port 7 --bench z.obj");
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out.substr(0, 1), "Z");
+    EXPECT_NE(r.out.find("3 instructions in "), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find(" instructions per second\n"), std::string::npos);
+}
+
+TEST_F(MbsimTest, BadInputIsReportedWithStatus2) {
+    WriteText("bad.hex", ":0100000041BF\r\n:00000001FF\r\n");  // wrong checksum
+    WriteText("empty.obj", "");
+    WriteText("prog.bin", "x");
+    struct Case {
+        const char* args;
+        const char* message;
+    };
+    const Case cases[] = {
+        {"missing.obj", "missing.obj: no such file"},
+        {"bad.hex",
+         "bad.hex: Input program file in Intel Hex Format contains errors. Line number 1: Invalid "
+         "'checksum' field in the record."},
+        {"empty.obj", "The size of the selected file is zero."},
+        {"prog.bin", "not an .obj or .hex program file"},
+        {"--frobnicate x.obj", "unknown option --frobnicate"},
+        {"--clock 200 x.obj", "Allowed range 0.01-120MHz."},
+        {"--start 10000 x.obj", "--start"},
+        {"--max-instructions", "--max-instructions needs a value"},
+        {"", "no program file given"},
+        {"--log --log-dir nowhere x.obj", "no such folder: nowhere"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        const Result r = Run(c.args);
+        EXPECT_EQ(r.status, 2);
+        EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
+        EXPECT_EQ(r.out, "");
+    }
+    const Result help = Run("--help");
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.out.find("Usage: mbsim"), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,396 @@
+// mbsim: the simulator on the command line, for scripts and CI. It loads an
+// .obj or .hex image and runs it at Ultimate through the same run control as
+// the IDE, until HALT, a jump to itself, a stop address or an instruction limit.
+#include <algorithm>
+#include <cctype>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "core/access.h"
+#include "core/execute.h"
+#include "core/host.h"
+#include "core/machine.h"
+#include "core/numtext.h"
+#include "core/run_control.h"
+#include "core/simlog.h"
+#include "images/program_image.h"
+#include "settings/settings_store.h"
+
+namespace {
+
+constexpr int kExitNormal = 0;
+constexpr int kExitBadInput = 2;
+constexpr int kExitInstructionLimit = 3;
+
+const char* kUsage =
+    "Usage: mbsim [options] program.obj|program.hex\n"
+    "Runs a Z80 program at the Ultimate rate until HALT, a jump to itself, the stop\n"
+    "address or the instruction limit, then prints the statistics on stderr.\n"
+    "Options:\n"
+    "  --offset ADDR            load address of an .obj file (default 0000)\n"
+    "  --start ADDR             starting address (default 0000)\n"
+    "  --clock MHZ              clock frequency, 0.01-120 (default 4)\n"
+    "  --unofficial             enable unofficial instructions\n"
+    "  --ff-off                 registers power on as 0 instead of FF\n"
+    "  --stop-at ADDR           stop when PC reaches ADDR\n"
+    "  --max-instructions N     stop after N instructions\n"
+    "  --out-port PORT          OUT to PORT writes the byte to stdout\n"
+    "  --in-port PORT           IN from PORT reads a byte from stdin (0 at end of input)\n"
+    "  --cpm                    CP/M console program: load and start at 0100H; CALL 0005H\n"
+    "                           serves BDOS 0 (end), 2 (character in E) and 9 (string at\n"
+    "                           DE up to '$') on stdout; reaching 0000H ends the run\n"
+    "  --log                    write log.txt (one line per instruction)\n"
+    "  --iolog                  write io.txt (one line per IN and OUT)\n"
+    "  --log-dir DIR            folder of log.txt and io.txt (default: current folder)\n"
+    "  --bench                  print instructions per second on stdout at the end\n"
+    "  --help                   this text\n"
+    "Addresses and ports are hexadecimal (0100, 100H or 0x100); N is decimal.\n"
+    "Exit status: 0 normal end, 2 bad option or unreadable program, 3 instruction\n"
+    "limit reached.\n";
+
+struct Options {
+    std::string program;
+    int offset = 0;
+    int start = 0;
+    bool startGiven = false;
+    float clock = 4.0f;
+    bool unofficial = false;
+    bool ffOff = false;
+    int stopAt = -1;
+    long long maxInstructions = -1;
+    int outPort = -1;
+    int inPort = -1;
+    bool cpm = false;
+    bool log = false;
+    bool ioLog = false;
+    std::string logDir = ".";
+    bool bench = false;
+};
+
+int Fail(const std::string& message) {
+    std::cerr << "mbsim: " << message << "\n";
+    return kExitBadInput;
+}
+
+// Hexadecimal with an optional "0x" in front or "H" behind; -1 when invalid
+// or above `limit`.
+int ParseHex(std::string text, int limit) {
+    if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) text.erase(0, 2);
+    if (!text.empty() && (text.back() == 'h' || text.back() == 'H')) text.pop_back();
+    if (text.empty() || text.size() > 8) return -1;
+    if (!std::all_of(text.begin(), text.end(),
+                     [](char c) { return std::isxdigit(static_cast<unsigned char>(c)); })) {
+        return -1;
+    }
+    const long value = std::strtol(text.c_str(), nullptr, 16);
+    return value <= limit ? static_cast<int>(value) : -1;
+}
+
+// Parses the command line; returns false after printing the reason.
+bool ParseOptions(int argc, char** argv, Options& o, bool& help) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        auto next = [&](std::string& out) {
+            if (i + 1 >= argc) {
+                Fail(arg + " needs a value");
+                return false;
+            }
+            out = argv[++i];
+            return true;
+        };
+        auto hex = [&](int limit, int& out) {
+            std::string text;
+            if (!next(text)) return false;
+            out = ParseHex(text, limit);
+            if (out < 0) {
+                Fail(arg + ": not a hexadecimal value up to " + mb::pb_hex4(limit) + "H: " + text);
+                return false;
+            }
+            return true;
+        };
+        std::string text;
+        if (arg == "--help" || arg == "-h") {
+            help = true;
+            return true;
+        } else if (arg == "--offset") {
+            if (!hex(0xFFFF, o.offset)) return false;
+        } else if (arg == "--start") {
+            if (!hex(0xFFFF, o.start)) return false;
+            o.startGiven = true;
+        } else if (arg == "--stop-at") {
+            if (!hex(0xFFFF, o.stopAt)) return false;
+        } else if (arg == "--out-port") {
+            if (!hex(0xFF, o.outPort)) return false;
+        } else if (arg == "--in-port") {
+            if (!hex(0xFF, o.inPort)) return false;
+        } else if (arg == "--clock") {
+            if (!next(text)) return false;
+            char* end = nullptr;
+            const double v = std::strtod(text.c_str(), &end);
+            if (text.empty() || *end || v < 0.01 || v > 120) {
+                Fail("--clock: Allowed range 0.01-120MHz.");
+                return false;
+            }
+            o.clock = static_cast<float>(v);
+        } else if (arg == "--max-instructions") {
+            if (!next(text)) return false;
+            char* end = nullptr;
+            const long long v = std::strtoll(text.c_str(), &end, 10);
+            if (text.empty() || *end || v < 1 || v > 2147483647LL) {
+                Fail("--max-instructions: a count from 1 to 2147483647 is needed: " + text);
+                return false;
+            }
+            o.maxInstructions = v;
+        } else if (arg == "--log-dir") {
+            if (!next(o.logDir)) return false;
+        } else if (arg == "--unofficial") {
+            o.unofficial = true;
+        } else if (arg == "--ff-off") {
+            o.ffOff = true;
+        } else if (arg == "--cpm") {
+            o.cpm = true;
+        } else if (arg == "--log") {
+            o.log = true;
+        } else if (arg == "--iolog") {
+            o.ioLog = true;
+        } else if (arg == "--bench") {
+            o.bench = true;
+        } else if (!arg.empty() && arg[0] == '-') {
+            Fail("unknown option " + arg + " (see mbsim --help)");
+            return false;
+        } else if (o.program.empty()) {
+            o.program = arg;
+        } else {
+            Fail("only one program file may be given");
+            return false;
+        }
+    }
+    if (o.program.empty() && !help) {
+        Fail("no program file given (see mbsim --help)");
+        return false;
+    }
+    return true;
+}
+
+// The loader's messages are kept for the error line; it asks nothing here.
+class LoaderHost : public mb::ImageHost {
+  public:
+    void ShowMessage(const std::string& text) override { last = text; }
+    std::string AskOpenFile(const std::string&, int&) override { return ""; }
+    std::string AskSaveFile(const std::string&, int&) override { return ""; }
+    bool AskYesNo(const std::string&) override { return false; }
+    std::optional<std::string> AskText(const std::string&, const std::string&) override {
+        return std::nullopt;
+    }
+    std::string last;
+};
+
+// Loads an .obj file at m.ObjOffset or an .hex file through the shared loader.
+bool LoadProgramFile(const std::string& path, mb::Machine& m, std::string& error) {
+    std::error_code ec;
+    if (!std::filesystem::exists(path, ec)) {
+        error = path + ": no such file";
+        return false;
+    }
+    if (!std::filesystem::is_regular_file(path, ec)) {
+        error = path + ": is not a program file";
+        return false;
+    }
+    LoaderHost host;
+    mb::MemorySettingsStore settings;
+    mb::ProgramImages images(m, settings, host);
+    if (images.LoadProgram(path)) return true;
+    std::string message = host.last;
+    std::replace(message.begin(), message.end(), '\n', ' ');
+    error = path + ": " + message;
+    return false;
+}
+
+// The console as the host: no user interface to yield to, messages on stderr.
+class ConsoleHost : public mb::Host {
+  public:
+    void Yield() override {}
+    void Sleep5ms() override { std::this_thread::sleep_for(std::chrono::milliseconds(5)); }
+    void SleepMs(int ms) override { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
+    double SecondsSinceMidnight() override {
+        const mb::LocalDateTime t = Now();
+        const auto sub = std::chrono::duration_cast<std::chrono::milliseconds>(
+                             std::chrono::system_clock::now().time_since_epoch())
+                             .count() %
+                         1000;
+        return t.hour * 3600.0 + t.minute * 60.0 + t.second + sub / 1000.0;
+    }
+    double MonotonicSeconds() override {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
+            .count();
+    }
+    mb::LocalDateTime Now() override {
+        const std::time_t now = std::time(nullptr);
+        std::tm local{};
+        localtime_r(&now, &local);
+        return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
+                local.tm_hour,        local.tm_min,     local.tm_sec};
+    }
+    void RefreshViews(int) override {}
+    void SetUltimateTimer(int) override {}
+    int AskInValue(const std::string&, const std::string&) override { return 0; }
+    bool AskText(const std::string&, const std::string&, std::string& answer) override {
+        answer.assign(1, '8');  // no interrupt is pressed here; a valid answer to any question
+        return true;
+    }
+    void ShowMessage(const std::string& text) override { std::cerr << text << "\n"; }
+    void AppendLogViewer(const std::string&) override {}
+    void ClearLogViewer() override {}
+    void ShowFile(const std::string&) override {}
+};
+
+// The bound ports: a port terminal whose screen is stdout and whose keyboard
+// is stdin.
+class ConsoleTerminal : public mb::TerminalDevice {
+  public:
+    bool interm_notempty() override {
+        std::fflush(stdout);
+        const int c = std::getchar();
+        if (c == EOF) return false;
+        std::ungetc(c, stdin);
+        return true;
+    }
+    int interm_getbyte() override { return std::getchar() & 0xFF; }
+    void outterm_addbyte(int value) override { std::putchar(value & 0xFF); }
+};
+
+// End-of-instruction checks of the command: the stop address, the instruction
+// limit and the CP/M entry points.
+class ConsoleChecks : public mb::DebugStage {
+  public:
+    ConsoleChecks(const Options& o, mb::Machine& m) : options_(o), m_(m) {}
+    bool LimitReached = false;
+
+    void Checks(mb::Machine& m) override {
+        if (options_.cpm) {
+            if (m.PC == 5) ServeBdos(m);
+            if (m.PC == 0) m.StopRequest = true;
+        }
+        if (m.PC == options_.stopAt) m.StopRequest = true;
+        if (options_.maxInstructions > 0 && m.InstructionCount >= options_.maxInstructions &&
+            !m.StopRequest) {
+            m.StopRequest = true;
+            LimitReached = true;
+        }
+    }
+    // Start has just run clean: a CP/M program finds a stack below the BDOS
+    // whose top returns to the warm boot at 0000H.
+    void PrepareStart() override {
+        if (!options_.cpm) return;
+        m_.SP = 0xFE00;
+        mb::PushWord(m_, 0x0000);
+    }
+    void RunEnded() override {}
+    bool NextBasicAvailable() override { return false; }
+
+  private:
+    void ServeBdos(mb::Machine& m) {
+        switch (m.C) {
+            case 0: m.StopRequest = true; break;
+            case 2: std::putchar(m.E); break;
+            case 9:
+                for (int i = 0, a = mb::RegDE(m); i < 65536 && m.MemoryImage[a] != '$';
+                     ++i, a = (a + 1) & 0xFFFF) {
+                    std::putchar(m.MemoryImage[a]);
+                }
+                break;
+            default:
+                if (!warned_[m.C]) {
+                    std::cerr << "mbsim: BDOS function " << m.C << " is not served\n";
+                    warned_[m.C] = true;
+                }
+        }
+        m.PC = mb::PopWord(m);  // the RET of the BDOS entry
+    }
+
+    const Options& options_;
+    mb::Machine& m_;
+    bool warned_[256] = {};
+};
+
+std::string LowerExtension(const std::string& path) {
+    std::string ext = path.size() >= 4 ? path.substr(path.size() - 4) : "";
+    for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return ext;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options o;
+    bool help = false;
+    if (!ParseOptions(argc, argv, o, help)) return kExitBadInput;
+    if (help) {
+        std::cout << kUsage;
+        return kExitNormal;
+    }
+    const std::string ext = LowerExtension(o.program);
+    if (ext != ".obj" && ext != ".hex")
+        return Fail(o.program + ": not an .obj or .hex program file");
+    if ((o.log || o.ioLog) && !std::filesystem::is_directory(o.logDir)) {
+        return Fail("--log-dir: no such folder: " + o.logDir);
+    }
+
+    mb::Machine m;
+    m.ClockMHz = o.clock;
+    m.StartingAddress = o.cpm && !o.startGiven ? 0x0100 : o.start;
+    m.ObjOffset = o.cpm ? 0x0100 : o.offset;
+    m.FFPowerOnDefaults = o.ffOff ? "OFF" : "ON";
+    m.UnofficialEnabled = o.unofficial ? 1 : 0;
+    m.HaltStopsSimulation = 1;
+    m.InfiniteLoopStopsSimulation = 1;
+
+    std::string error;
+    if (!LoadProgramFile(o.program, m, error)) return Fail(error);
+    if (o.cpm) {
+        // Warm boot at 0000H; the BDOS entry at 0005H jumps to FE00H, the top
+        // of the program area that programs read from 0006H.
+        const int page0[] = {0xC3, 0x00, 0x00, 0x00, 0x00, 0xC3, 0x00, 0xFE};
+        std::copy(std::begin(page0), std::end(page0), m.MemoryImage.begin());
+    }
+
+    mb::MemorySettingsStore settings;
+    settings.SetSettingText(mb::kSettingRate, "6");
+    settings.SetSettingInt(mb::kSettingPromptBeforeIn, 0);
+    settings.SetSettingInt(mb::kSettingLogging, o.log ? 1 : 0);
+    settings.SetSettingInt(mb::kSettingIoLogging, o.ioLog ? 1 : 0);
+    settings.SetSettingText(mb::kSettingLastPath, o.logDir);
+
+    ConsoleHost host;
+    ConsoleTerminal terminal;
+    mb::AccessHooks hooks;
+    mb::SimLog log;
+    mb::RunControl rc(m, host, settings, hooks, log);
+    ConsoleChecks checks(o, m);
+    if (o.cpm || o.stopAt >= 0 || o.maxInstructions > 0) rc.Debug = &checks;
+    if (o.outPort >= 0 || o.inPort >= 0) {
+        hooks.PortTerminal = {true, o.outPort, -1, 0, o.inPort, -1, 0, 0, 0, &terminal};
+    }
+    rc.LoadSettings();
+
+    const auto begin = std::chrono::steady_clock::now();
+    rc.menustart();
+    const double seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    std::fflush(stdout);
+    if (o.bench) {
+        std::printf("%d instructions in %.3f s: %.0f instructions per second\n", m.InstructionCount,
+                    seconds, seconds > 0 ? m.InstructionCount / seconds : 0.0);
+    }
+    return checks.LimitReached ? kExitInstructionLimit : kExitNormal;
+}

@@ -1,6 +1,7 @@
 #include "expression.h"
 
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -461,7 +462,31 @@ Evaluation EvaluateWithLog(std::string_view text, const ExpressionContext& ctx) 
     return ev;
 }
 
+namespace {
+
+// A lone label or number needs no tokens, no postfix form and no log: it gives
+// what the full evaluation would give. Anything else, and every failure, takes
+// the full way, which keeps the log for the error box.
+bool EvaluateSingleOperand(std::string_view text, const ExpressionContext& ctx, int& value) {
+    if (text.empty()) return false;
+    for (char c : text)
+        if (!std::isalnum(static_cast<unsigned char>(c)) && c != '_' && c != '.' && c != '#')
+            return false;
+    const std::string lower = LowerText(text);
+    if (lower == "pc" || IsUnaryWord(lower)) return false;
+    double v = 0;
+    if (!LookupOperand(text, ctx.symbols, v)) return false;
+    v = std::floor(v);
+    if (!(v < 2147483647.0) || v < -2147483648.0) return false;
+    value = ToInt32(v);
+    return true;
+}
+
+}  // namespace
+
 int EvaluateExpression(std::string_view text, bool silent, const ExpressionContext& ctx) {
+    int fast = 0;
+    if (EvaluateSingleOperand(text, ctx, fast)) return fast;
     Evaluation ev = EvaluateWithLog(text, ctx);
     if (ev.value == kExpressionError && !silent && ctx.evaluationReported &&
         !*ctx.evaluationReported) {

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
 #include <memory>
 
 #include "core/execute.h"
@@ -56,20 +57,34 @@ constexpr int kProgram[] = {
 int main(int argc, char** argv) {
     long long count = 300'000'000;
     if (argc > 1) count = std::atoll(argv[1]);
-    if (count <= 0) {
-        std::fprintf(stderr, "usage: mbbench_core [instructions]\n");
+    if (count <= 0 || argc > 3) {
+        std::fprintf(stderr, "usage: mbbench_core [instructions [program.obj]]\n");
         return 2;
     }
 
     auto machine = std::make_unique<mb::Machine>();
     mb::Machine& m = *machine;
-    for (int i = 0; i < static_cast<int>(std::size(kProgram)); ++i) m.MemoryImage[i] = kProgram[i];
+    if (argc == 3) {
+        // Another program, loaded at 0000H, for comparison with mbsim --bench.
+        std::ifstream in(argv[2], std::ios::binary);
+        if (!in) {
+            std::fprintf(stderr, "mbbench_core: cannot read %s\n", argv[2]);
+            return 2;
+        }
+        int address = 0;
+        for (char c; address < mb::kMemorySize && in.get(c); ++address)
+            m.MemoryImage[address] = static_cast<unsigned char>(c);
+    } else {
+        for (int i = 0; i < static_cast<int>(std::size(kProgram)); ++i)
+            m.MemoryImage[i] = kProgram[i];
+    }
     mb::RefreshMemoryMirror(m);
     m.SimulationRate = mb::kRateUltimate;
     mb::clean(m);
 
     const auto wallStart = std::chrono::steady_clock::now();
     const std::clock_t cpuStart = std::clock();
+    m.HaltStopsSimulation = 0;
     for (long long i = 0; i < count; ++i) mb::ExecuteInstruction(m);
     const std::clock_t cpuEnd = std::clock();
     const auto wallEnd = std::chrono::steady_clock::now();

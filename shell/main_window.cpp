@@ -24,6 +24,7 @@
 
 #include "core/numtext.h"
 #include "entry_dialogs.h"
+#include "ieee754_window.h"
 #include "settings/settings_store.h"
 
 namespace mb {
@@ -262,6 +263,17 @@ void MainWindow::BuildMenus() {
         a->setCheckable(true);
         rates_->addAction(a);
     }
+
+    QMenu* tools = menuBar()->addMenu(tr("&Tools"));
+    add(tools, "IEEE 754 Conversion Tool", [this] {
+        if (!ieee754_) {
+            ieee754_ = new Ieee754Window(
+                settings_, [this](const std::string& text) { ShowMessage(text); }, this);
+            ieee754_->setAttribute(Qt::WA_DeleteOnClose);
+        }
+        ieee754_->show();
+        ieee754_->raise();
+    });
 
     QMenu* options = menuBar()->addMenu(tr("&Options"));
     AddOption(options, "Enable Unofficial Instructions", "Enable Unofficial Instructions", 0);

@@ -18,6 +18,7 @@
 #include "core/simlog.h"
 #include "images/program_image.h"
 #include "settings/recent_files.h"
+#include "shell/ieee754_window.h"
 
 class QAction;
 class QActionGroup;
@@ -67,6 +68,7 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     // Text shown in a field, for tests.
     QString FieldText(const QString& name) const;
     QAction* Action(const QString& caption) const;
+    Ieee754Window* ieee754Window() const { return ieee754_; }
 
     // Host
     void Yield() override;
@@ -151,6 +153,7 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     QAction* recentEnd_ = nullptr;  // the separator below the recent entries
     std::vector<QAction*> recentActions_;
     bool closing_ = false;
+    QPointer<Ieee754Window> ieee754_;
     bool messageShowing_ = false;  // a modal message drops messages that arrive meanwhile
 };
 

@@ -1,11 +1,14 @@
 #include "shell/main_window.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "shell/ieee754_window.h"
 #include "shell/qt_settings_store.h"
 
 using namespace mb;
@@ -166,6 +169,27 @@ class MainWindowTest : public QObject {
         QCOMPARE(settings->GetSettingInt("Arrange Mode", 0), 1);
         Trigger("Change Registers Arrangement");
         QCOMPARE(settings->GetSettingInt("Arrange Mode", 0), 0);
+    }
+
+    void ieee754ToolConvertsAndCopies() {
+        Open();
+        Trigger("IEEE 754 Conversion Tool");
+        Ieee754Window* tool = window->ieee754Window();
+        QVERIFY(tool);
+        tool->ask = [](const QString&, const QString&) { return std::optional<QString>("0.1"); };
+        for (QPushButton* b : tool->findChildren<QPushButton*>())
+            if (b->text().startsWith("Four-byte")) b->click();
+        QCOMPARE(tool->FieldText(0), QString("0.1"));
+        QCOMPARE(tool->FieldText(2), QString("3D CC CC CD"));
+        tool->CopyField(2);
+        QCOMPARE(QApplication::clipboard()->text(), QString("3D CC CC CD"));
+        QCOMPARE(window->messages.back(), std::string("Copied to clipboard."));
+        tool->ConvertBack("C0 20 00 00");
+        QCOMPARE(window->messages.back(),
+                 std::string("The exact represented real number is: -2.5"));
+        tool->ConvertBack("nonsense");
+        QCOMPARE(window->messages.back(),
+                 std::string("The exact represented real number is: -2.5"));
     }
 
     void resetClearsCountersAndNmiJumpsTo66() {

@@ -28,6 +28,8 @@ class CopyLabel : public QLabel {
         setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
         setCursor(Qt::PointingHandCursor);
         setToolTip(tr("Click to copy"));
+        setMinimumWidth(fontMetrics().horizontalAdvance(QString(40, '0')));
+        setTextInteractionFlags(Qt::NoTextInteraction);
     }
 
   protected:

@@ -11,13 +11,13 @@
 
 #include "debug/ieee754.h"
 #include "settings/settings_store.h"
+#include "window_place.h"
 
 namespace mb {
 
 namespace {
 // The window's number in the table of window positions.
-constexpr const char* kLeft = "Window13 Left";
-constexpr const char* kTop = "Window13 Top";
+constexpr int kWindowNumber = 13;
 
 // A field that copies its text when clicked.
 class CopyLabel : public QLabel {
@@ -73,9 +73,7 @@ Ieee754Window::Ieee754Window(SettingsStore& settings,
                 "3F 80 00 00");
         if (text) ConvertBack(*text);
     });
-    const int left = settings_.GetSettingInt(kLeft, 3000),
-              top = settings_.GetSettingInt(kTop, 1850);
-    move(left < 0 ? 200 : left / 15, top < 0 ? 123 : top / 15);
+    RestoreWindowPlace(*this, settings_, kWindowNumber);
 }
 
 std::optional<QString> Ieee754Window::Ask(const QString& prompt, const QString& offered) {
@@ -114,10 +112,7 @@ void Ieee754Window::CopyField(int index) {
 }
 
 void Ieee754Window::closeEvent(QCloseEvent* event) {
-    if (settings_.GetSettingText("Save Positions", "ON") == "ON") {
-        settings_.SetSettingInt(kLeft, pos().x() * 15);
-        settings_.SetSettingInt(kTop, pos().y() * 15);
-    }
+    SaveWindowPlace(*this, settings_, kWindowNumber);
     event->accept();
 }
 

@@ -26,6 +26,7 @@
 #include "entry_dialogs.h"
 #include "ieee754_window.h"
 #include "settings/settings_store.h"
+#include "window_place.h"
 
 namespace mb {
 
@@ -79,11 +80,7 @@ MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
     }
     if (settings_.GetSettingText("Save Always On Top", "1") == "1")
         setWindowFlag(Qt::WindowStaysOnTopHint, true);
-    if (settings_.GetSettingText("Save Positions", "ON") == "ON") {
-        const int left = settings_.GetSettingInt("Window1 Left", 2000);
-        const int top = settings_.GetSettingInt("Window1 Top", 1230);
-        move(left < 0 ? 2000 / 15 : left / 15, top < 0 ? 1230 / 15 : top / 15);
-    }
+    RestoreWindowPlace(*this, settings_, 1);
     ApplyArrangement();
     ekran();
     UpdateCommands();
@@ -715,10 +712,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         return;
     }
     if (rc_->SimulationRunning) rc_->menustop();
-    if (settings_.GetSettingText("Save Positions", "ON") == "ON") {
-        settings_.SetSettingInt("Window1 Left", pos().x() * 15);
-        settings_.SetSettingInt("Window1 Top", pos().y() * 15);
-    }
+    SaveWindowPlace(*this, settings_, 1);
     ultimateTimer_.stop();
     event->accept();
 }

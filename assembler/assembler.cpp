@@ -192,6 +192,15 @@ std::string AnalyseOperand(std::string& op) {
 Assembler::Assembler(SettingsStore& settings, AssemblerHost& host, AssemblerOptions options)
     : settings_(settings), host_(host), options_(std::move(options)) {}
 
+AssemblerOptions ReadAssemblerOptions(SettingsStore& settings) {
+    AssemblerOptions options;
+    options.UnofficialInstructions = settings.GetSettingInt("Enable Unofficial Instructions", 0);
+    options.NoOperatorPrecedence = settings.GetSettingInt(kSettingNoOperatorPrecedence, 0);
+    options.GenerateObjCopy = settings.GetSettingInt(kSettingObjCopy, 0);
+    options.ObjCopyExtension = settings.GetSettingText(kSettingObjCopyExtension, "bin");
+    return options;
+}
+
 bool Assembler::HexEnabled() {
     return settings_.GetSettingText("Generate HEX File Also", "ON") == "ON";
 }
@@ -477,15 +486,7 @@ void Assembler::Pass1Line(int index) {
         const size_t blank = t.find(' ');
         std::string word = UpperText(t.substr(0, blank));
         const std::string rest = blank == std::string::npos ? "" : TrimText(t.substr(blank));
-        static const std::pair<const char*, const char*> kAliases[] = {
-            {".ORG", "ORG"},        {".EQU", "EQU"}, {"=", "EQU"},    {".DB", "DB"},
-            {"DEFB", "DB"},         {".DEFB", "DB"}, {".BYTE", "DB"}, {"BYTE", "DB"},
-            {".DW", "DW"},          {"DEFW", "DW"},  {".DEFW", "DW"}, {".WORD", "DW"},
-            {"WORD", "DW"},         {".DS", "DS"},   {"DEFS", "DS"},  {".DEFS", "DS"},
-            {".BLOCK", "DS"},       {"BLOCK", "DS"}, {".END", "END"}, {".INCLUDE", "INCLUDE"},
-            {"#INCLUDE", "INCLUDE"}};
-        for (const auto& [from, to] : kAliases)
-            if (word == from) word = to;
+        word = std::string(CanonicalDirective(word));
         std::string op1 = rest, op2, op3;
         if (size_t comma = FirstCommaOutsideQuotes(rest); comma != std::string::npos) {
             op1 = TrimText(rest.substr(0, comma));

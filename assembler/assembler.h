@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "assembler/editor_marks.h"
 #include "assembler/expression.h"
 #include "assembler/source_text.h"
 #include "assembler/vocabulary.h"
@@ -74,6 +75,14 @@ struct AssemblerOptions {
     bool Tracking = false;  // fill the AddressMap
 };
 
+// Setting names of the switches the IDE keeps for the assembler.
+inline constexpr const char* kSettingNoOperatorPrecedence = "No Operator Precedence";
+inline constexpr const char* kSettingObjCopy = "Generate OBJ File Copy";
+inline constexpr const char* kSettingObjCopyExtension = "OBJ File Copy Extension";
+
+// The switches as the IDE keeps them ("Enable Unofficial Instructions" too).
+AssemblerOptions ReadAssemblerOptions(SettingsStore& settings);
+
 // Progress and the evaluator's error box. Every method may do nothing.
 class AssemblerHost : public EvaluationReporter {
   public:
@@ -84,7 +93,6 @@ class AssemblerHost : public EvaluationReporter {
 };
 
 constexpr int kSilentAssembly = 1000;
-inline constexpr const char* kBookmarksComment = "'corvalent_bookmarks_and_breakpoints_info:";
 
 class Assembler {
   public:

@@ -1,6 +1,7 @@
 #include "vocabulary.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace mb {
 
@@ -298,6 +299,19 @@ const Vocabulary& Vocabulary::Instance() {
 const VocabularyEntry* Vocabulary::Find(std::string_view key) const {
     auto it = index_.find(key);
     return it == index_.end() ? nullptr : &entries_[it->second];
+}
+
+std::string_view CanonicalDirective(std::string_view upperWord) {
+    static constexpr std::pair<std::string_view, std::string_view> kAliases[] = {
+        {".ORG", "ORG"},   {".EQU", "EQU"},   {"=", "EQU"},          {".DB", "DB"},
+        {"DEFB", "DB"},    {".DEFB", "DB"},   {".BYTE", "DB"},       {"BYTE", "DB"},
+        {".DW", "DW"},     {"DEFW", "DW"},    {".DEFW", "DW"},       {".WORD", "DW"},
+        {"WORD", "DW"},    {".DS", "DS"},     {"DEFS", "DS"},        {".DEFS", "DS"},
+        {".BLOCK", "DS"},  {"BLOCK", "DS"},   {".END", "END"},       {".INCLUDE", "INCLUDE"},
+        {"#INCLUDE", "INCLUDE"}};
+    for (const auto& [from, to] : kAliases)
+        if (upperWord == from) return to;
+    return upperWord;
 }
 
 }  // namespace mb

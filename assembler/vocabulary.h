@@ -29,6 +29,10 @@ struct VocabularyEntry {
     Directive directive = Directive::None;
 };
 
+// The directive word that an upper-case alias stands for (".ORG", "DEFB",
+// ".BLOCK", "=", ...); any other word comes back unchanged.
+std::string_view CanonicalDirective(std::string_view upperWord);
+
 class Vocabulary {
   public:
     static const Vocabulary& Instance();

@@ -1,5 +1,8 @@
 #include "numtext.h"
 
+#include <cctype>
+#include <string>
+
 namespace mb {
 
 namespace {
@@ -36,6 +39,15 @@ long long HexValue(std::string_view text, int digits) {
         v = v * 16 + d;
     }
     return v;
+}
+
+long long HexEntryValue(std::string_view text, int digits) {
+    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+    if (text.empty() || static_cast<int>(text.size()) > digits) return -1;
+    std::string padded(static_cast<size_t>(digits) - text.size(), '0');
+    for (char c : text) padded += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return HexValue(padded, digits);
 }
 
 std::string AsmHex2(int value) { return WithLeadingZeroForLetter(HexDigits(value, 2)); }

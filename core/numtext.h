@@ -25,6 +25,11 @@ inline std::string pb_hex4H(long long v) { return HexDigits(v, 4) + "H"; }
 // the text is not that.
 long long HexValue(std::string_view text, int digits);
 
+// A typed hexadecimal entry: blanks around and lower case allowed, at most
+// `digits` digits, a shorter entry counted with leading zeros. Its value, or -1
+// (also for an empty entry).
+long long HexEntryValue(std::string_view text, int digits);
+
 inline int pb_dec2(std::string_view t) { return static_cast<int>(HexValue(t, 2)); }
 inline int pb_dec3(std::string_view t) { return static_cast<int>(HexValue(t, 3)); }
 inline int pb_dec4(std::string_view t) { return static_cast<int>(HexValue(t, 4)); }

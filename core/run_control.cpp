@@ -27,11 +27,6 @@ std::string Trimmed(const std::string& text) {
     return text.substr(first, last - first + 1);
 }
 
-std::string UpperCase(std::string text) {
-    for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    return text;
-}
-
 // A whole decimal or fractional number and nothing else.
 bool ReadNumber(const std::string& text, double& value) {
     if (text.empty()) return false;
@@ -417,10 +412,8 @@ void RunControl::ChangeClockFrequency() {
 bool RunControl::AskAddress(const std::string& prompt, int current, int& value) {
     std::string answer;
     if (!host_.AskText(prompt, pb_hex4(current), answer)) return false;
-    answer = UpperCase(Trimmed(answer));
-    if (answer.empty()) return false;
-    if (answer.size() < 4) answer = std::string(4 - answer.size(), '0') + answer;
-    value = pb_dec4(answer);
+    if (Trimmed(answer).empty()) return false;
+    value = static_cast<int>(HexEntryValue(answer, 4));
     if (value < 0) {
         host_.ShowMessage("Wrong entry!");
         return false;

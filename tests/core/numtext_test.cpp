@@ -29,6 +29,21 @@ TEST(NumText, HexTextToValue) {
     for (const char* bad : {"G0", "0", "000", "ff", "", " 1"}) EXPECT_LT(pb_dec2(bad), 0) << bad;
 }
 
+TEST(NumText, TypedHexEntries) {
+    struct Case {
+        const char* text;
+        int digits;
+        long long value;
+    };
+    const Case cases[] = {
+        {"ff", 2, 255},     {" 1 ", 2, 1},      {"1ff", 4, 511}, {"0000", 4, 0},
+        {"FFFF", 4, 65535}, {"10000", 4, -1},   {"", 4, -1},     {"   ", 4, -1},
+        {"12G", 4, -1},     {"1 2", 4, -1},     {"-1", 4, -1},   {"100", 2, -1},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(HexEntryValue(c.text, c.digits), c.value) << '"' << c.text << '"';
+}
+
 TEST(NumText, Bytes) {
     EXPECT_EQ(pb_getbyte0(0x12345678), 0x78);
     EXPECT_EQ(pb_getbyte1(0x12345678), 0x56);

@@ -761,6 +761,11 @@ void Assembler::EncodeStatement(SourceLine& line, const int values[3]) {
     line.OpcodeText = text;
 }
 
+std::string AssemblyFailureText(int errorCount) {
+    return "Assembly was not successful.\nYour assembler source contains " +
+           std::to_string(errorCount) + " errors.\n\n";
+}
+
 std::string Assembler::FormatAssemblerErrors() const {
     const auto& list = session_.ErrorList;
     std::string out = list.size() <= 10 ? "Here is the list of assembler errors:"

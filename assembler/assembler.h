@@ -94,6 +94,11 @@ class AssemblerHost : public EvaluationReporter {
 
 constexpr int kSilentAssembly = 1000;
 
+// The closing text of the failure box, after the error list when there is one:
+// "Assembly was not successful.", a line break, the error count and two line
+// breaks. The outside assembler's failure box uses it too.
+std::string AssemblyFailureText(int errorCount);
+
 class Assembler {
   public:
     Assembler(SettingsStore& settings, AssemblerHost& host, AssemblerOptions options = {});

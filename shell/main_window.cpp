@@ -23,6 +23,7 @@
 #include <fstream>
 
 #include "core/numtext.h"
+#include "assembler_window.h"
 #include "entry_dialogs.h"
 #include "ieee754_window.h"
 #include "settings/settings_store.h"
@@ -262,6 +263,7 @@ void MainWindow::BuildMenus() {
     }
 
     QMenu* tools = menuBar()->addMenu(tr("&Tools"));
+    add(tools, "Assembler", [this] { OpenAssembler(); });
     add(tools, "IEEE 754 Conversion Tool", [this] {
         if (!ieee754_) {
             ieee754_ = new Ieee754Window(
@@ -303,6 +305,30 @@ void MainWindow::BuildMenus() {
     actions_["Show Recent Files"] = showRecent;
     AddOption(options, "Display Relative Branch Hex Argument",
               "Display Relative Branch Hex Argument", 0);
+}
+
+AssemblerWindow* MainWindow::assemblerWindow() const { return assembler_; }
+
+void MainWindow::OpenAssembler() {
+    if (!assembler_) {
+        AssemblerWindowHooks hooks;
+        hooks.message = [this](const std::string& text) { ShowMessage(text); };
+        hooks.simulationRunning = [this] { return rc_->SimulationRunning != 0; };
+        hooks.stopSimulation = [this] {
+            rc_->menustop();
+            UpdateCommands();
+        };
+        hooks.loadProgram = [this](const std::string& path) {
+            const bool loaded = images_->LoadProgram(path);
+            UpdateCommands();
+            ekran();
+            return loaded;
+        };
+        assembler_ = new AssemblerWindow(settings_, std::move(hooks), this);
+        assembler_->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    assembler_->show();
+    assembler_->raise();
 }
 
 // An on/off option stored as 0 or 1.

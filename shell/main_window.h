@@ -29,6 +29,7 @@ class QPushButton;
 
 namespace mb {
 
+class AssemblerWindow;
 class SettingsStore;
 
 // One field of the register display; a double click asks to edit it.
@@ -69,6 +70,7 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     QString FieldText(const QString& name) const;
     QAction* Action(const QString& caption) const;
     Ieee754Window* ieee754Window() const { return ieee754_; }
+    AssemblerWindow* assemblerWindow() const;
 
     // Host
     void Yield() override;
@@ -111,6 +113,7 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
   private:
     void ReadStartupSettings();
     void BuildMenus();
+    void OpenAssembler();
     QWidget* BuildRegisterDisplay();
     void AddField(QGridLayout* grid, int row, int col, const QString& caption, const QString& name,
                   int digits);
@@ -154,6 +157,7 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     std::vector<QAction*> recentActions_;
     bool closing_ = false;
     QPointer<Ieee754Window> ieee754_;
+    QPointer<AssemblerWindow> assembler_;
     bool messageShowing_ = false;  // a modal message drops messages that arrive meanwhile
 };
 

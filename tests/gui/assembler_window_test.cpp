@@ -1,0 +1,225 @@
+#include "shell/assembler_window.h"
+
+#include <Qsci/qsciscintilla.h>
+
+#include <QAction>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include "shell/main_window.h"
+#include "shell/qt_settings_store.h"
+
+using namespace mb;
+
+class AssemblerWindowTest : public QObject {
+    Q_OBJECT
+
+  private:
+    QTemporaryDir dir;
+    std::unique_ptr<QtSettingsStore> settings;
+    std::unique_ptr<MainWindow> main;
+    AssemblerWindow* editor = nullptr;
+
+    QString Path(const char* name) const { return dir.filePath(name); }
+    void Trigger(const char* caption) {
+        QAction* a = editor->Action(caption);
+        QVERIFY2(a, caption);
+        a->trigger();
+    }
+    void TriggerMain(const char* caption) {
+        QAction* a = main->Action(caption);
+        QVERIFY2(a, caption);
+        a->trigger();
+    }
+    // Types the text into the editor as a user would (the editor indents new
+    // lines like the one before).
+    void Type(const QString& text) {
+        QWidget* target = editor->sourceEditor()->viewport();
+        editor->sourceEditor()->setFocus();
+        for (QChar c : text) {
+            if (c == '\n')
+                QTest::keyClick(target, Qt::Key_Return);
+            else if (c == '\t')
+                QTest::keyClick(target, Qt::Key_Tab);
+            else
+                QTest::keyClicks(target, QString(c));
+        }
+    }
+    std::string ReadFile(const QString& path) {
+        QFile f(path);
+        if (!f.open(QIODevice::ReadOnly)) return {};
+        return f.readAll().toStdString();
+    }
+
+  private slots:
+    void init() {
+        for (const char* name : {"settings.ini", "prog.asm", "prog.lst", "prog.obj", "prog.hex",
+                                 "bad.asm", "bad.lst", "bad.obj", "marks.asm"})
+            QFile::remove(Path(name));
+        settings = std::make_unique<QtSettingsStore>(Path("settings.ini"));
+        settings->SetSettingText("Last Path", dir.path().toStdString());
+        main = std::make_unique<MainWindow>(*settings);
+        main->show();
+        TriggerMain("Assembler");
+        editor = main->assemblerWindow();
+        QVERIFY(editor);
+        editor->questionAnswer = [](const std::string&) { return 0; };
+    }
+    void cleanup() {
+        main.reset();
+        editor = nullptr;
+    }
+
+    // A program typed, saved through Save As, assembled, loaded and run.
+    void typeAssembleLoadAndRun() {
+        QVERIFY(editor->FilePath().endsWith("UNTITLED"));
+        Type("\tORG 0\nLD A,2AH\nLD B,3\nINC A\nDJNZ $-1\nHALT\n");
+        const QString path = Path("prog");
+        editor->fileAnswer = [path](bool save) { return save ? path.toStdString() : ""; };
+        Trigger("Assemble && Load");
+        QCOMPARE(editor->FilePath(), Path("prog.asm"));
+        QVERIFY(QFileInfo::exists(Path("prog.obj")));
+        QVERIFY(QFileInfo::exists(Path("prog.hex")));
+        QVERIFY2(editor->ListingText().contains("DJNZ $-1"), qPrintable(editor->ListingText()));
+        // The listing is scrolled to its end.
+        QVERIFY(editor->ListingText().size() > 0);
+        QCOMPARE(main->machine().MemoryImage[1], 0x2A);
+        TriggerMain("Ultimate");
+        TriggerMain("Start");
+        QCOMPARE(main->machine().A, 0x2D);
+        QCOMPARE(main->machine().HaltState, 1);
+    }
+
+    void errorsGiveTheBoxAndLeaveNoOutputs() {
+        editor->SetSourceText("\tORG 0\n\tLD Q,1\n\tJP nowhere\n");
+        const QString path = Path("bad.asm");
+        editor->fileAnswer = [path](bool) { return path.toStdString(); };
+        main->messages.clear();
+        main->machine().MemoryImage[0] = 0x11;
+        Trigger("Assemble && Load");
+        // The evaluator's box for the unknown name comes first, once.
+        QCOMPARE(main->messages.size(), size_t(2));
+        QVERIFY2(main->messages.front().find("Error evaluating expression: nowhere") !=
+                     std::string::npos,
+                 main->messages.front().c_str());
+        const std::string& box = main->messages.back();
+        QVERIFY2(box.rfind("Here is the list of assembler errors:", 0) == 0, box.c_str());
+        QVERIFY2(
+            box.find("Assembly was not successful.\nYour assembler source contains 2 errors.") !=
+                std::string::npos,
+            box.c_str());
+        QVERIFY(!QFileInfo::exists(Path("bad.obj")));
+        QVERIFY(!QFileInfo::exists(Path("bad.lst")));
+        QVERIFY(!editor->ListingText().isEmpty());       // the listing stays on show
+        QCOMPARE(main->machine().MemoryImage[0], 0x11);  // nothing was loaded
+    }
+
+    void refusalsAndCancels() {
+        main->messages.clear();
+        Trigger("Assemble");
+        QCOMPARE(main->messages.back(), std::string("The editor is empty."));
+        // Save As cancelled: the command ends and nothing is written.
+        editor->SetSourceText("\tNOP\n");
+        editor->fileAnswer = [](bool) { return std::string(); };
+        QCOMPARE(editor->menuassemble(), -1);
+        QVERIFY(editor->FilePath().endsWith("UNTITLED"));
+        // Cancelled prompt for TASM options.
+        editor->textAnswer = [](const std::string&, const std::string&) {
+            return std::optional<std::string>();
+        };
+        Trigger("Change TASM Command Line Options");
+        QCOMPARE(main->messages.back(), std::string("TASM command line options not changed..."));
+        QCOMPARE(settings->GetSettingText("TASM Command Line Options", "-80 -b"), "-80 -b");
+        // A TASM path that is not a file.
+        editor->fileAnswer = [this](bool) { return Path("missing.exe").toStdString(); };
+        Trigger("Change TASM Path");
+        QCOMPARE(main->messages.back(), std::string("The file does not exist."));
+    }
+
+    void objectOptionsTakeHexEntries() {
+        struct Case {
+            const char* command;
+            const char* key;
+            const char* typed;
+            int stored;  // -1: refused with "Wrong entry!"
+        };
+        const Case cases[] = {
+            {"OBJ File Fill Value", "OBJ File Fill Value", "ff", 255},
+            {"OBJ File Fill Value", "OBJ File Fill Value", "100", -1},
+            {"Change Starting Address For OBJ Files Creation",
+             "Starting Address For OBJ Files Creation", "8000", 0x8000},
+            {"Change Starting Address For OBJ Files Creation",
+             "Starting Address For OBJ Files Creation", "x1", -1},
+        };
+        for (const Case& c : cases) {
+            settings->SetSettingInt(c.key, 7);
+            const std::string typed = c.typed;
+            editor->textAnswer = [typed](const std::string&, const std::string&) {
+                return std::optional<std::string>(typed);
+            };
+            main->messages.clear();
+            Trigger(c.command);
+            if (c.stored < 0) {
+                QCOMPARE(main->messages.back(), std::string("Wrong entry!"));
+                QCOMPARE(settings->GetSettingInt(c.key, 0), 7);
+            } else {
+                QCOMPARE(settings->GetSettingInt(c.key, 0), c.stored);
+            }
+        }
+    }
+
+    void objCopyWithItsExtension() {
+        editor->textAnswer = [](const std::string&, const std::string&) {
+            return std::optional<std::string>(".bin");
+        };
+        Trigger("Generate OBJ File Copy (Set Extension)");
+        QVERIFY(editor->Action("Generate OBJ File Copy (Set Extension)")->isChecked());
+        editor->SetSourceText("\tORG 0\n\tLD A,1\n\tHALT\n");
+        editor->fileAnswer = [this](bool) { return Path("prog.asm").toStdString(); };
+        QCOMPARE(editor->menuassemble(), 0);
+        QCOMPARE(ReadFile(Path("prog.bin")), ReadFile(Path("prog.obj")));
+        Trigger("Generate OBJ File Copy (Set Extension)");
+        QVERIFY(!editor->Action("Generate OBJ File Copy (Set Extension)")->isChecked());
+        QFile::remove(Path("prog.bin"));
+    }
+
+    void marksAreKeptInTheLastLine() {
+        editor->SetSourceText("\tORG 0\n\tNOP\n\tHALT\n");
+        editor->SetMarks({{1}, {3}});
+        editor->fileAnswer = [this](bool) { return Path("marks.asm").toStdString(); };
+        QVERIFY(editor->menusaveas());
+        const std::string stored = ReadFile(Path("marks.asm"));
+        QVERIFY2(stored.find("'corvalent_bookmarks_and_breakpoints_info:") != std::string::npos,
+                 stored.c_str());
+        QCOMPARE(editor->menuassemble(), 0);  // the comment is not assembled
+        editor->menunew();
+        QVERIFY(editor->Marks().Bookmarks.empty());
+        QVERIFY(editor->OpenFile(Path("marks.asm")));
+        QCOMPARE(editor->SourceText(), QString("\tORG 0\n\tNOP\n\tHALT"));
+        QCOMPARE(editor->Marks(), (EditorMarks{{1}, {3}}));
+    }
+
+    void unsavedChangesAreAskedFor() {
+        editor->SetSourceText("\tNOP\n");
+        const QString path = Path("prog.asm");
+        editor->fileAnswer = [path](bool) { return path.toStdString(); };
+        QVERIFY(editor->menusaveas());
+        Type("x");
+        std::string asked;
+        editor->questionAnswer = [&asked](const std::string& q) {
+            asked = q;
+            return -1;  // Cancel: the window stays and keeps its text
+        };
+        editor->close();
+        QVERIFY(editor->isVisible());
+        QCOMPARE(asked,
+                 std::string("Assembler source has been modified.\nDo you want to save it?"));
+        editor->questionAnswer = [](const std::string&) { return 1; };  // Yes: saved
+        QPointer<AssemblerWindow> watch(editor);
+        editor->close();
+        QVERIFY(ReadFile(path).find('x') != std::string::npos);
+    }
+};
+
+QTEST_MAIN(AssemblerWindowTest)
+#include "assembler_window_test.moc"

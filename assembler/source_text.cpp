@@ -67,6 +67,13 @@ std::string BlankQuoted(std::string_view text) {
     return out;
 }
 
+std::vector<bool> QuotedPositions(std::string_view text) {
+    std::vector<bool> out(text.size());
+    QuoteTracker quotes;
+    for (size_t i = 0; i < text.size(); ++i) out[i] = quotes.Step(text, i);
+    return out;
+}
+
 std::string TrimLeft(std::string_view t) {
     size_t b = 0;
     while (b < t.size() && IsBlank(t[b])) ++b;

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace mb {
 
@@ -16,6 +17,10 @@ std::string CleanSourceLine(std::string_view text);
 // not including, its closing quote is a blank. A "'" directly behind "af" (any
 // case) opens nothing, so EX AF,AF' needs no closing quote.
 std::string BlankQuoted(std::string_view text);
+
+// For each character, whether it lies inside quotes by the same rule: an opening
+// quote and the text behind it count as inside, the closing quote as outside.
+std::vector<bool> QuotedPositions(std::string_view text);
 
 std::string TrimText(std::string_view text);
 std::string TrimLeft(std::string_view text);

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFontDatabase>
 #include <QInputDialog>
 #include <QLabel>
 #include <QMenuBar>
@@ -17,8 +18,12 @@
 #include <QThread>
 
 #include "asm_lexer.h"
+#include "assembler/format_code.h"
+#include "assembler/tasm.h"
+#include "format_options_dialog.h"
 #include "assembler/assembler.h"
 #include "core/numtext.h"
+#include "settings/editor_settings.h"
 #include "settings/settings_store.h"
 #include "window_place.h"
 
@@ -65,6 +70,25 @@ class WindowAssemblerHost : public AssemblerHost {
   private:
     std::function<void(const QString&)> status_;
     std::function<void(const std::string&)> message_;
+};
+
+// The outside assembler's run: the status line shows it, and the interface
+// stays drawn while the window waits.
+class WindowTasmHooks : public TasmHooks {
+  public:
+    explicit WindowTasmHooks(std::function<void(const QString&)> status)
+        : status_(std::move(status)) {}
+    void ShowStatus(const std::string& first, const std::string& second) override {
+        status_(QString::fromStdString(first + " " + second));
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    }
+    void HideStatus() override { status_(QString()); }
+    void WaitStep() override {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    }
+
+  private:
+    std::function<void(const QString&)> status_;
 };
 
 }  // namespace
@@ -398,22 +422,30 @@ void AssemblerWindow::LoadListing(const QString& path) {
         listing_->clear();
         return;
     }
-    listing_->setText(QString::fromUtf8(file.readAll()));
+    ShowListing(QString::fromUtf8(file.readAll()));
+}
+
+void AssemblerWindow::ShowListing(const QString& text) {
+    listing_->setText(text);
     const int last = std::max(0, listing_->lines() - 1);
     listing_->setCursorPosition(last, 0);
     listing_->ensureLineVisible(last);
 }
 
-int AssemblerWindow::menuassemble() {
+bool AssemblerWindow::PrepareSource() {
     if (source_->text().trimmed().isEmpty()) {
         Message("The editor is empty.");
-        return -1;
+        return false;
     }
     if (path_.endsWith(kUntitled)) {
         menusaveas();
-        if (path_.endsWith(kUntitled)) return -1;
+        if (path_.endsWith(kUntitled)) return false;
     }
-    if (!WriteSource(path_)) return -1;
+    return WriteSource(path_);
+}
+
+int AssemblerWindow::menuassemble() {
+    if (!PrepareSource()) return -1;
 
     const QFileInfo info(path_);
     const std::string folder = Std(info.absolutePath()) + "/";
@@ -450,8 +482,19 @@ void AssemblerWindow::menuassembleload() {
 }
 
 int AssemblerWindow::menutasm() {
-    Message("Assemble With TASM is not available yet.");
-    return -1;
+    if (!PrepareSource()) return -1;
+    TasmRequest request;
+    request.SourcePath = Std(path_);
+    request.SourceText = Std(source_->text());
+    request.ToolPath = settings_.GetSettingText("TASM Path", "");
+    request.Options = settings_.GetSettingText("TASM Command Line Options", "-80 -b");
+    request.TimeoutSteps = settings_.GetSettingInt("TASM time-out (unit 100ms)", 100);
+    WindowTasmHooks hooks([this](const QString& text) { Status(text); });
+    const TasmOutcome outcome = AssembleWithTasm(request, hooks);
+    if (!outcome.ListingText.empty()) ShowListing(QString::fromStdString(outcome.ListingText));
+    if (!outcome.Message.empty()) Message(outcome.Message);
+    if (outcome.Succeeded) return 0;
+    return outcome.ErrorCount > 0 ? outcome.ErrorCount : -1;
 }
 
 void AssemblerWindow::menutasmload() {
@@ -460,11 +503,30 @@ void AssemblerWindow::menutasmload() {
 }
 
 void AssemblerWindow::menuformat() {
-    Message("Format Code is not available yet.");
+    const QString formatted = QString::fromStdString(
+        FormatCode(Std(source_->text()), ReadFormatCodeOptions(settings_)));
+    if (formatted == source_->text()) return;
+    int line = 0, index = 0;
+    source_->getCursorPosition(&line, &index);
+    const EditorMarks marks = Marks();
+    // One step for Undo.
+    source_->beginUndoAction();
+    source_->selectAll();
+    source_->replaceSelectedText(formatted);
+    source_->endUndoAction();
+    source_->markerDeleteAll();
+    SetMarks(marks);  // the lines stay where they were
+    source_->setCursorPosition(line, 0);
 }
 
 void AssemblerWindow::menuformatoptions() {
-    Message("Format Code is not available yet.");
+    FormatOptionsDialog dialog(ReadFormatCodeOptions(settings_), this);
+    if (formatOptionsAnswer) {
+        formatOptionsAnswer(dialog);
+    } else if (dialog.exec() != QDialog::Accepted) {
+        return;
+    }
+    WriteFormatCodeOptions(settings_, dialog.Options());
 }
 
 // Options
@@ -546,12 +608,53 @@ void AssemblerWindow::menutasmoptions() {
 // Look
 
 void AssemblerWindow::ApplyEditorSettings() {
-    const QFont fixed("Monospace", 10);
-    for (int style = 0; style < AsmLexer::StyleCount; ++style) lexer_->setFont(fixed, style);
-    source_->setMarginsFont(fixed);
+    const EditorSettings look =
+        ReadEditorSettings(settings_, EditorKind::Assembler, devicePixelRatioF());
+    auto color = [&look](EditorColor role) {
+        const int c = look.Color(role);
+        return QColor(c & 0xFF, (c >> 8) & 0xFF, (c >> 16) & 0xFF);
+    };
+    // The named font, or the nearest fixed-pitch one when it is not installed.
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    const QString family = QString::fromStdString(look.fontName);
+    if (QFontDatabase::families().contains(family, Qt::CaseInsensitive)) font.setFamily(family);
+    font.setPointSize(look.fontSize);
+
+    static const std::pair<AsmLexer::Style, EditorColor> kStyles[] = {
+        {AsmLexer::Default, EditorColor::Text},       {AsmLexer::Mnemonic, EditorColor::Keyword},
+        {AsmLexer::Register, EditorColor::Keyword2},  {AsmLexer::Directive, EditorColor::Keyword3},
+        {AsmLexer::Comment, EditorColor::Comment},    {AsmLexer::String, EditorColor::String},
+        {AsmLexer::Number, EditorColor::Mark2}};
+    lexer_->setDefaultFont(font);
+    lexer_->setDefaultPaper(color(EditorColor::Back));
+    lexer_->setDefaultColor(color(EditorColor::Text));
+    for (const auto& [style, role] : kStyles) {
+        lexer_->setFont(font, style);
+        lexer_->setColor(color(role), style);
+        lexer_->setPaper(color(EditorColor::Back), style);
+    }
+    source_->setMarginsFont(font);
     source_->setMarginLineNumbers(0, true);
-    source_->setMarginWidth(0, QFontMetrics(fixed).horizontalAdvance("000000"));
-    listing_->setFont(fixed);
+    source_->setMarginWidth(0, QFontMetrics(font).horizontalAdvance("00000") + 6);
+    source_->setMarginsBackgroundColor(color(EditorColor::LineNumberBack));
+    source_->setMarginsForegroundColor(color(EditorColor::LineNumberText));
+    source_->setMarginBackgroundColor(1, color(EditorColor::Margin));
+    source_->setCaretLineBackgroundColor(color(EditorColor::CaretLine));
+    source_->setCaretForegroundColor(color(EditorColor::Text));
+    source_->setMarkerBackgroundColor(color(EditorColor::Bookmark), kBookmarkMarker);
+    source_->setMarkerBackgroundColor(color(EditorColor::Breakpoint), kBreakpointMarker);
+    source_->setWrapMode(look.On(EditorSwitch::LineWrapping) ? QsciScintilla::WrapWord
+                                                              : QsciScintilla::WrapNone);
+    lexer_->refreshProperties();
+    source_->recolor();
+
+    listing_->setFont(font);
+    listing_->setPaper(color(EditorColor::Back));
+    listing_->setColor(color(EditorColor::Text));
+    listing_->setMarginsFont(font);
+    listing_->setMarginWidth(0, 0);
+    listing_->setMarginWidth(1, 0);
+    listing_->setTabWidth(8);
 }
 
 // Questions

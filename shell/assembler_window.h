@@ -19,6 +19,7 @@ class QsciScintilla;
 namespace mb {
 
 class AsmLexer;
+class FormatOptionsDialog;
 class SettingsStore;
 
 // What the window needs from the rest of the IDE.
@@ -65,6 +66,9 @@ class AssemblerWindow : public QMainWindow {
     std::function<std::optional<std::string>(const std::string& prompt, const std::string& offered)>
         textAnswer;
     std::function<std::string(bool save)> fileAnswer;
+    // Fills the Format Code Options dialog instead of the user; the options are
+    // then stored.
+    std::function<void(FormatOptionsDialog&)> formatOptionsAnswer;
     // 1 Yes, 0 No, -1 Cancel.
     std::function<int(const std::string& question)> questionAnswer;
 
@@ -81,6 +85,9 @@ class AssemblerWindow : public QMainWindow {
     bool MaySetSourceAside();
     bool WriteSource(const QString& path);
     void LoadListing(const QString& path);
+    void ShowListing(const QString& text);
+    // Checks the editor is not empty, names an untitled source and saves it.
+    bool PrepareSource();
     void LoadProgramAfter(int errors);
     bool StopSimulationFirst();
     void ToggleMarker(int marker, int line);

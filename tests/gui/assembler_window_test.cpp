@@ -6,6 +6,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "shell/format_options_dialog.h"
 #include "shell/main_window.h"
 #include "shell/qt_settings_store.h"
 
@@ -197,6 +198,80 @@ class AssemblerWindowTest : public QObject {
         QVERIFY(editor->OpenFile(Path("marks.asm")));
         QCOMPARE(editor->SourceText(), QString("\tORG 0\n\tNOP\n\tHALT"));
         QCOMPARE(editor->Marks(), (EditorMarks{{1}, {3}}));
+    }
+
+    // A stand-in for TASM: writes the listing with its error count and a
+    // two-byte object file beside the source it is given.
+    QString FakeTasm(int errors) {
+        const QString script = Path("faketasm.sh");
+        QFile f(script);
+        if (!f.open(QIODevice::WriteOnly)) return {};
+        f.write(QString("#!/bin/sh\n"
+                        "for last; do :; done\n"
+                        "base=\"${last%%.asm}\"\n"
+                        "echo \"$@\" > \"$base.args\"\n"
+                        "printf 'TASM listing\\nNumber of errors = %1\\n' > \"$base.lst\"\n"
+                        "printf '\\076\\007' > \"$base.obj\"\n")
+                    .arg(errors)
+                    .toUtf8());
+        f.close();
+        f.setPermissions(f.permissions() | QFileDevice::ExeOwner);
+        return script;
+    }
+
+    void tasmAssemblesAndLoads() {
+        settings->SetSettingText("TASM Path", FakeTasm(0).toStdString());
+        editor->SetSourceText("\tLD A,7\n");
+        editor->fileAnswer = [this](bool) { return Path("prog.asm").toStdString(); };
+        main->messages.clear();
+        Trigger("Assemble With TASM && Load");
+        QVERIFY2(editor->ListingText().contains("Number of errors = 0"),
+                 qPrintable(editor->ListingText()));
+        QCOMPARE(main->machine().MemoryImage[0], 0x3E);
+        QCOMPARE(main->machine().MemoryImage[1], 0x07);
+        QCOMPARE(ReadFile(Path("prog.args")), "-80 -b " + Path("prog.asm").toStdString() + "\n");
+
+        settings->SetSettingText("TASM Path", FakeTasm(3).toStdString());
+        main->machine().MemoryImage[0] = 0;
+        Trigger("Assemble With TASM && Load");
+        QVERIFY2(main->messages.back().find("Your assembler source contains 3 errors.") !=
+                     std::string::npos,
+                 main->messages.back().c_str());
+        QVERIFY(!QFileInfo::exists(Path("prog.obj")));
+        QCOMPARE(main->machine().MemoryImage[0], 0);  // nothing loaded
+
+        editor->SetSourceText("\tNOP ;protected: by the compiler\n");
+        Trigger("Assemble With TASM");
+        QVERIFY2(main->messages.back().rfind(
+                     "A part of the assembler source is crypted by the integrated basic compiler.",
+                     0) == 0,
+                 main->messages.back().c_str());
+        QFile::remove(Path("prog.args"));
+    }
+
+    void formatCodeIsOneUndoStep() {
+        const QString original = "start: ld a , 1 ;go\n\tjp start\n";
+        editor->SetSourceText(original);
+        editor->SetMarks({{2}, {}});
+        Trigger("Format Code");
+        const QString formatted = editor->SourceText();
+        QVERIFY2(formatted != original, qPrintable(formatted));
+        QVERIFY2(formatted.startsWith("start:\tld a,1"), qPrintable(formatted));
+        QCOMPARE(editor->Marks().Bookmarks, std::vector<int>{2});
+        Trigger("Undo");
+        QCOMPARE(editor->SourceText(), original);
+
+        editor->formatOptionsAnswer = [](FormatOptionsDialog& dialog) {
+            FormatCodeOptions o = dialog.Options();
+            o.ArgumentSpaceAfterComma = 1;
+            dialog.SetOptions(o);
+        };
+        Trigger("Format Code Options");
+        QCOMPARE(settings->GetSettingInt("Assembler Format Code - Argument Space After Comma", 0),
+                 1);
+        Trigger("Format Code");
+        QVERIFY2(editor->SourceText().startsWith("start:\tld a, 1"),
+                 qPrintable(editor->SourceText()));
     }
 
     void unsavedChangesAreAskedFor() {

@@ -44,6 +44,10 @@ QString Hex(int value, int digits) {
 RegisterField::RegisterField(const QString& name, int digits, QWidget* parent)
     : QLabel(parent), name_(name), digits_(digits) {
     setFrameStyle(QFrame::Panel | QFrame::Sunken);
+    // Drawn as a field: the colour theme's field background and text.
+    setAutoFillBackground(true);
+    setBackgroundRole(QPalette::Base);
+    setForegroundRole(QPalette::Text);
     setAlignment(Qt::AlignCenter);
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     setMinimumWidth(fontMetrics().horizontalAdvance('0') * (digits + 2));
@@ -66,6 +70,7 @@ MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
     rc_ = std::make_unique<RunControl>(*m_, *this, settings_, hooks_, log_);
     images_ = std::make_unique<ProgramImages>(*m_, settings_, *this);
     connect(&ultimateTimer_, &QTimer::timeout, this, [this] { rc_->ultimatetimer(); });
+    appearance_ = std::make_unique<Appearance>(settings_);
 
     setWindowTitle(kTitle);
     setCentralWidget(BuildRegisterDisplay());
@@ -81,6 +86,9 @@ MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
     }
     if (settings_.GetSettingText("Save Always On Top", "1") == "1")
         setWindowFlag(Qt::WindowStaysOnTopHint, true);
+    // The main font and the colour theme before the window takes its size;
+    // windows opened later get them from the appearance as they show.
+    appearance_->ApplyTo(*this);
     RestoreWindowPlace(*this, settings_, 1);
     ApplyArrangement();
     ekran();
@@ -303,6 +311,9 @@ void MainWindow::BuildMenus() {
         RebuildRecentMenu();
     });
     actions_["Show Recent Files"] = showRecent;
+    add(options, "Editor Setup", [this] { appearance_->menueditorsetup(this); });
+    add(options, "Change Color Theme", [this] { appearance_->menucolortheme(this); });
+    add(options, "Change Main Font", [this] { appearance_->menumainfont(this); });
     AddOption(options, "Display Relative Branch Hex Argument",
               "Display Relative Branch Hex Argument", 0);
 }

@@ -19,6 +19,7 @@
 #include "images/program_image.h"
 #include "settings/recent_files.h"
 #include "shell/ieee754_window.h"
+#include "shell/theme.h"
 
 class QAction;
 class QActionGroup;
@@ -70,6 +71,8 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     QString FieldText(const QString& name) const;
     QAction* Action(const QString& caption) const;
     Ieee754Window* ieee754Window() const { return ieee754_; }
+    // The colour theme, the main font and their commands.
+    Appearance& appearance() { return *appearance_; }
     AssemblerWindow* assemblerWindow() const;
 
     // Host
@@ -157,6 +160,7 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     std::vector<QAction*> recentActions_;
     bool closing_ = false;
     QPointer<Ieee754Window> ieee754_;
+    std::unique_ptr<Appearance> appearance_;
     QPointer<AssemblerWindow> assembler_;
     bool messageShowing_ = false;  // a modal message drops messages that arrive meanwhile
 };

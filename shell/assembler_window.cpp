@@ -18,13 +18,14 @@
 #include <QThread>
 
 #include "asm_lexer.h"
+#include "assembler/assembler.h"
 #include "assembler/format_code.h"
 #include "assembler/tasm.h"
-#include "format_options_dialog.h"
-#include "assembler/assembler.h"
 #include "core/numtext.h"
+#include "format_options_dialog.h"
 #include "settings/editor_settings.h"
 #include "settings/settings_store.h"
+#include "theme.h"
 #include "window_place.h"
 
 namespace mb {
@@ -503,8 +504,8 @@ void AssemblerWindow::menutasmload() {
 }
 
 void AssemblerWindow::menuformat() {
-    const QString formatted = QString::fromStdString(
-        FormatCode(Std(source_->text()), ReadFormatCodeOptions(settings_)));
+    const QString formatted =
+        QString::fromStdString(FormatCode(Std(source_->text()), ReadFormatCodeOptions(settings_)));
     if (formatted == source_->text()) return;
     int line = 0, index = 0;
     source_->getCursorPosition(&line, &index);
@@ -608,8 +609,7 @@ void AssemblerWindow::menutasmoptions() {
 // Look
 
 void AssemblerWindow::ApplyEditorSettings() {
-    const EditorSettings look =
-        ReadEditorSettings(settings_, EditorKind::Assembler, devicePixelRatioF());
+    const EditorSettings look = ReadEditorSettings(settings_, EditorKind::Assembler, ScreenScale());
     auto color = [&look](EditorColor role) {
         const int c = look.Color(role);
         return QColor(c & 0xFF, (c >> 8) & 0xFF, (c >> 16) & 0xFF);
@@ -621,9 +621,9 @@ void AssemblerWindow::ApplyEditorSettings() {
     font.setPointSize(look.fontSize);
 
     static const std::pair<AsmLexer::Style, EditorColor> kStyles[] = {
-        {AsmLexer::Default, EditorColor::Text},       {AsmLexer::Mnemonic, EditorColor::Keyword},
-        {AsmLexer::Register, EditorColor::Keyword2},  {AsmLexer::Directive, EditorColor::Keyword3},
-        {AsmLexer::Comment, EditorColor::Comment},    {AsmLexer::String, EditorColor::String},
+        {AsmLexer::Default, EditorColor::Text},      {AsmLexer::Mnemonic, EditorColor::Keyword},
+        {AsmLexer::Register, EditorColor::Keyword2}, {AsmLexer::Directive, EditorColor::Keyword3},
+        {AsmLexer::Comment, EditorColor::Comment},   {AsmLexer::String, EditorColor::String},
         {AsmLexer::Number, EditorColor::Mark2}};
     lexer_->setDefaultFont(font);
     lexer_->setDefaultPaper(color(EditorColor::Back));
@@ -644,7 +644,7 @@ void AssemblerWindow::ApplyEditorSettings() {
     source_->setMarkerBackgroundColor(color(EditorColor::Bookmark), kBookmarkMarker);
     source_->setMarkerBackgroundColor(color(EditorColor::Breakpoint), kBreakpointMarker);
     source_->setWrapMode(look.On(EditorSwitch::LineWrapping) ? QsciScintilla::WrapWord
-                                                              : QsciScintilla::WrapNone);
+                                                             : QsciScintilla::WrapNone);
     lexer_->refreshProperties();
     source_->recolor();
 

@@ -1,11 +1,13 @@
 #include "shell/assembler_window.h"
 
+#include <Qsci/qscilexer.h>
 #include <Qsci/qsciscintilla.h>
 
 #include <QAction>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "shell/asm_lexer.h"
 #include "shell/format_options_dialog.h"
 #include "shell/main_window.h"
 #include "shell/qt_settings_store.h"
@@ -272,6 +274,19 @@ class AssemblerWindowTest : public QObject {
         Trigger("Format Code");
         QVERIFY2(editor->SourceText().startsWith("start:\tld a, 1"),
                  qPrintable(editor->SourceText()));
+    }
+
+    // Saved editor settings reach the open editor: colours of the classes and
+    // the line wrapping.
+    void editorSettingsApply() {
+        QsciLexer* lexer = editor->sourceEditor()->lexer();
+        QCOMPARE(lexer->color(AsmLexer::Mnemonic), QColor(0, 0, 250));
+        QCOMPARE(lexer->color(AsmLexer::Comment), QColor(0, 120, 0));
+        settings->SetSettingInt("EA ColorASMKeyword", 10 + 256 * 20 + 65536 * 30);
+        settings->SetSettingInt("EA LineWrapping", 1);
+        main->appearance().editorsApplied();
+        QCOMPARE(lexer->color(AsmLexer::Mnemonic), QColor(10, 20, 30));
+        QCOMPARE(editor->sourceEditor()->wrapMode(), QsciScintilla::WrapWord);
     }
 
     void unsavedChangesAreAskedFor() {

@@ -35,6 +35,7 @@ namespace {
 constexpr int kWindowNumber = 17;
 constexpr int kBookmarkMarker = 0;
 constexpr int kBreakpointMarker = 1;
+constexpr int kErrorMarker = 2;  // line background of a line with an error
 constexpr const char* kUntitled = "UNTITLED";
 constexpr const char* kLastFile = "Assembler Last File";
 constexpr const char* kAutoLoadLst = "Auto Load LST File";
@@ -108,6 +109,7 @@ AssemblerWindow::AssemblerWindow(SettingsStore& settings, AssemblerWindowHooks h
     source_->setMarginMarkerMask(1, (1 << kBookmarkMarker) | (1 << kBreakpointMarker));
     source_->markerDefine(QsciScintilla::Circle, kBookmarkMarker);
     source_->markerDefine(QsciScintilla::RightArrow, kBreakpointMarker);
+    source_->markerDefine(QsciScintilla::Background, kErrorMarker);
     source_->setCaretLineVisible(true);
     source_->setAutoIndent(true);
     source_->setTabWidth(8);
@@ -129,7 +131,10 @@ AssemblerWindow::AssemblerWindow(SettingsStore& settings, AssemblerWindowHooks h
                              line);
             });
     connect(source_, &QsciScintilla::modificationChanged, this, [this] { UpdateTitle(); });
-    connect(source_, &QsciScintilla::textChanged, this, [this] { ScheduleAutoSave(); });
+    connect(source_, &QsciScintilla::textChanged, this, [this] {
+        source_->markerDeleteAll(kErrorMarker);
+        ScheduleAutoSave();
+    });
     autoSave_.setSingleShot(true);
     autoSave_.setInterval(3000);
     connect(&autoSave_, &QTimer::timeout, this, [this] {
@@ -410,6 +415,14 @@ EditorMarks AssemblerWindow::Marks() const {
     return marks;
 }
 
+std::vector<int> AssemblerWindow::ErrorLines() const {
+    std::vector<int> lines;
+    for (int line = source_->markerFindNext(0, 1u << kErrorMarker); line >= 0;
+         line = source_->markerFindNext(line + 1, 1u << kErrorMarker))
+        lines.push_back(line + 1);
+    return lines;
+}
+
 void AssemblerWindow::SetMarks(const EditorMarks& marks) {
     for (int line : marks.Bookmarks) source_->markerAdd(line - 1, kBookmarkMarker);
     for (int line : marks.Breakpoints) source_->markerAdd(line - 1, kBreakpointMarker);
@@ -460,11 +473,29 @@ int AssemblerWindow::menuassemble() {
     const int errors = assembler.AssembleSource(folder, Std(info.fileName()), status);
     Status("");
     LoadListing(OutputStem(path_) + ".lst");
+    MarkErrorLines(assembler.Session());
     if (errors > 0) {
         Message(assembler.FormatAssemblerErrors() + AssemblyFailureText(errors));
         assembler.DeleteOutputs(folder, base);
     }
     return errors;
+}
+
+// Lines of the main file with an error get the error background, and the caret
+// goes to the first of them; the next edit clears the marks.
+void AssemblerWindow::MarkErrorLines(const AssemblySession& session) {
+    source_->markerDeleteAll(kErrorMarker);
+    int first = -1;
+    for (const AssemblerError& error : session.ErrorList) {
+        if (!error.File.empty() || error.FileLine < 1 || error.FileLine > source_->lines())
+            continue;
+        source_->markerAdd(error.FileLine - 1, kErrorMarker);
+        if (first < 0 || error.FileLine - 1 < first) first = error.FileLine - 1;
+    }
+    if (first >= 0) {
+        source_->setCursorPosition(first, 0);
+        source_->ensureLineVisible(first);
+    }
 }
 
 bool AssemblerWindow::StopSimulationFirst() {
@@ -643,6 +674,7 @@ void AssemblerWindow::ApplyEditorSettings() {
     source_->setCaretForegroundColor(color(EditorColor::Text));
     source_->setMarkerBackgroundColor(color(EditorColor::Bookmark), kBookmarkMarker);
     source_->setMarkerBackgroundColor(color(EditorColor::Breakpoint), kBreakpointMarker);
+    source_->setMarkerBackgroundColor(color(EditorColor::Error), kErrorMarker);
     source_->setWrapMode(look.On(EditorSwitch::LineWrapping) ? QsciScintilla::WrapWord
                                                              : QsciScintilla::WrapNone);
     lexer_->refreshProperties();

@@ -19,6 +19,7 @@ class QsciScintilla;
 namespace mb {
 
 class AsmLexer;
+struct AssemblySession;
 class FormatOptionsDialog;
 class SettingsStore;
 
@@ -56,6 +57,8 @@ class AssemblerWindow : public QMainWindow {
     void SetSourceText(const QString& text);
     QString ListingText() const;
     EditorMarks Marks() const;
+    // Lines (from 1) that carry the error background after an assembly.
+    std::vector<int> ErrorLines() const;
     void SetMarks(const EditorMarks& marks);
     QAction* Action(const QString& caption) const;
     QsciScintilla* sourceEditor() const { return source_; }
@@ -90,6 +93,7 @@ class AssemblerWindow : public QMainWindow {
     bool PrepareSource();
     void LoadProgramAfter(int errors);
     bool StopSimulationFirst();
+    void MarkErrorLines(const AssemblySession& session);
     void ToggleMarker(int marker, int line);
     void JumpToBookmark(bool forward);
     void menuobjcopy();

@@ -111,6 +111,7 @@ class AssemblerWindowTest : public QObject {
             box.find("Assembly was not successful.\nYour assembler source contains 2 errors.") !=
                 std::string::npos,
             box.c_str());
+        QCOMPARE(editor->ErrorLines(), (std::vector<int>{2, 3}));
         QVERIFY(!QFileInfo::exists(Path("bad.obj")));
         QVERIFY(!QFileInfo::exists(Path("bad.lst")));
         QVERIFY(!editor->ListingText().isEmpty());       // the listing stays on show

@@ -123,6 +123,7 @@ void AccessHooks::UpdateMask(Machine& m) {
     if (PromptBeforeIn && host) mask |= kHookInPrompt;
     if (log && log->IoLoggingOn) mask |= kHookIoLog;
     if (PortsEditorOpen && host) mask |= kHookPortsEditor;
+    if (MemoryViewsOpen && host) mask |= kHookMemoryViews;
     m.Hooks = this;
     m.AccessHookMask = mask;
 }
@@ -164,6 +165,9 @@ void MemoryWriteHooked(Machine& m, int address, int value) {
         for (ExternalModule* module : h.Modules) {
             if (module) module->writemem(a, v);
         }
+    }
+    if (m.AccessHookMask & kHookMemoryViews) {
+        h.host->RefreshViews(kViewMemoryEditors | kViewVideoScreen);
     }
 }
 

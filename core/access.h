@@ -27,10 +27,12 @@ enum AccessHookBits {
     kHookInPrompt = 1 << 5,        // "Prompt For Value Before IN Instruction"
     kHookIoLog = 1 << 6,           // "Enable IN/OUT Instructions Logging"
     kHookPortsEditor = 1 << 7,     // I/O Ports Editor open: refresh on each access
+    kHookMemoryViews = 1 << 8,     // a Memory Editor or the Video Memory Screen follows writes
 };
 constexpr int kMemoryReadHooks = kHookModules | kHookMemoryTerminal;
-constexpr int kMemoryWriteHooks = kHookModules | kHookMemoryTerminal | kHookSpectrum;
-constexpr int kPortHooks = ~0;  // every hook concerns the ports
+constexpr int kMemoryWriteHooks =
+    kHookModules | kHookMemoryTerminal | kHookSpectrum | kHookMemoryViews;
+constexpr int kPortHooks = ~kHookMemoryViews;  // every other hook concerns the ports
 
 // One external module (automation object) in a slot. Address and value travel
 // by reference: a module may redirect a read, and a later module sees what an
@@ -123,6 +125,9 @@ class AccessHooks {
     SpectrumScreenMarks SpectrumMarks;
     bool PromptBeforeIn = true;  // "Prompt For Value Before IN Instruction"
     bool PortsEditorOpen = false;
+    // A Memory Editor (with "Refresh Memory Editor" on) or the Video Memory
+    // Screen is open: each write refreshes them (memorijaprint).
+    bool MemoryViewsOpen = false;
 
     Host* host = nullptr;   // IN prompt and view refreshes
     SimLog* log = nullptr;  // io.txt; the IN/OUT logging switch lives there
@@ -150,12 +155,12 @@ inline void MemoryWrite(Machine& m, int address, int value) {
 }
 
 inline int PortIn(Machine& m, int port) {
-    if (m.AccessHookMask) return PortInHooked(m, port);
+    if (m.AccessHookMask & kPortHooks) return PortInHooked(m, port);
     return m.PortImage[port];
 }
 
 inline void PortOut(Machine& m, int port, int value) {
-    if (m.AccessHookMask) return PortOutHooked(m, port, value);
+    if (m.AccessHookMask & kPortHooks) return PortOutHooked(m, port, value);
     m.PortImage[port] = value;
 }
 

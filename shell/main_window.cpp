@@ -26,6 +26,7 @@
 #include "assembler_window.h"
 #include "entry_dialogs.h"
 #include "ieee754_window.h"
+#include "memory_views.h"
 #include "settings/settings_store.h"
 #include "window_place.h"
 
@@ -69,8 +70,13 @@ MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
     hooks_.log = &log_;
     rc_ = std::make_unique<RunControl>(*m_, *this, settings_, hooks_, log_);
     images_ = std::make_unique<ProgramImages>(*m_, settings_, *this);
+    memoryViews_ = std::make_unique<MemoryViews>(
+        *m_, hooks_, settings_, [this](const std::string& text) { ShowMessage(text); }, this);
     connect(&ultimateTimer_, &QTimer::timeout, this, [this] { rc_->ultimatetimer(); });
     appearance_ = std::make_unique<Appearance>(settings_);
+    appearance_->editorsApplied = [this] {
+        if (assembler_) assembler_->ApplyEditorSettings();
+    };
 
     setWindowTitle(kTitle);
     setCentralWidget(BuildRegisterDisplay());
@@ -232,6 +238,7 @@ void MainWindow::BuildMenus() {
         QAction* a = menu->addAction(caption);
         connect(a, &QAction::triggered, this, [this, slot] {
             slot();
+            memoryViews_->RedrawAll();
             UpdateCommands();
             ekran();
         });
@@ -271,6 +278,11 @@ void MainWindow::BuildMenus() {
     }
 
     QMenu* tools = menuBar()->addMenu(tr("&Tools"));
+    add(tools, "Memory Editor", [this] { memoryViews_->OpenMemoryEditor(1); });
+    add(tools, "I/O Ports Editor", [this] { memoryViews_->OpenPortsEditor(); });
+    add(tools, "Memory Editor 2", [this] { memoryViews_->OpenMemoryEditor(2); });
+    add(tools, "Memory Editor 3", [this] { memoryViews_->OpenMemoryEditor(3); });
+    add(tools, "Video Memory Screen", [this] { memoryViews_->OpenVideoScreen(); });
     add(tools, "Assembler", [this] { OpenAssembler(); });
     add(tools, "IEEE 754 Conversion Tool", [this] {
         if (!ieee754_) {
@@ -281,6 +293,22 @@ void MainWindow::BuildMenus() {
         ieee754_->show();
         ieee754_->raise();
     });
+    add(tools, "Simulation Log Viewer", [this] {
+        if (!logViewer_) {
+            logViewer_ = new LogViewerWindow(settings_, this);
+            logViewer_->setAttribute(Qt::WA_DeleteOnClose);
+            logViewer_->message = [this](const std::string& text) { ShowMessage(text); };
+            logViewer_->simulationRunning = [this] { return rc_->SimulationRunning; };
+            // Lines are composed only while the viewer is open.
+            logViewer_->closed = [this] {
+                logViewer_ = nullptr;
+                rc_->SetLogViewerOpen(false);
+            };
+            rc_->SetLogViewerOpen(true);
+        }
+        logViewer_->show();
+        logViewer_->raise();
+    });
 
     QMenu* options = menuBar()->addMenu(tr("&Options"));
     AddOption(options, "Enable Unofficial Instructions", "Enable Unofficial Instructions", 0);
@@ -288,6 +316,8 @@ void MainWindow::BuildMenus() {
     AddOption(options, "HALT Stops Simulation", "HALT Stops Simulation New", 1);
     AddOption(options, "Infinite Loop Stops Simulation", "Infinite Loop Stop New", 0);
     AddTextOption(options, "FF Power On Defaults", "FF Power On Defaults", "ON");
+    AddOption(options, "Refresh Memory Editor", "Refresh Memory Editor New", 1);
+    AddOption(options, "Show ASCII Characters", "Show ASCII Characters", 1);
     AddTextOption(options, "Save Positions", "Save Positions", "ON");
     AddTextOption(options, "Show Pop-up Info Message Boxes", "Show Confirmations", "OFF");
     options->addSeparator();
@@ -379,6 +409,7 @@ void MainWindow::ApplyOptions() {
     const std::string rateText = std::to_string(rate);
     settings_.SetSettingText(kSettingRate, rateText);
     if (!rc_->SimulationRunning) rc_->LoadSettings();
+    memoryViews_->ApplyOptions();
     ekran();
 }
 
@@ -534,6 +565,8 @@ LocalDateTime MainWindow::Now() {
 void MainWindow::RefreshViews(int viewBits) {
     if (viewBits & kViewRegisters) ekran();
     if (viewBits & kViewCommands) UpdateCommands();
+    if (viewBits & (kViewMemoryEditors | kViewVideoScreen | kViewPortsEditor))
+        memoryViews_->Refresh(viewBits);
 }
 
 void MainWindow::SetUltimateTimer(int intervalMs) {
@@ -655,7 +688,12 @@ void MainWindow::ProgramLoaded(const std::string& path) {
 }
 
 void MainWindow::MemoryCleared() {
+    memoryViews_->RedrawAll();
     ekran();
+}
+
+void MainWindow::RefreshMemoryViews() {
+    memoryViews_->RedrawAll();
 }
 
 bool MainWindow::WriteTest(const std::string& folder) {
@@ -749,6 +787,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         return;
     }
     if (rc_->SimulationRunning) rc_->menustop();
+    memoryViews_->CloseAll();
+    if (logViewer_) logViewer_->close();
     SaveWindowPlace(*this, settings_, 1);
     ultimateTimer_.stop();
     event->accept();

@@ -19,6 +19,7 @@
 #include "images/program_image.h"
 #include "settings/recent_files.h"
 #include "shell/ieee754_window.h"
+#include "shell/log_viewer_window.h"
 #include "shell/theme.h"
 
 class QAction;
@@ -31,6 +32,7 @@ class QPushButton;
 namespace mb {
 
 class AssemblerWindow;
+class MemoryViews;
 class SettingsStore;
 
 // One field of the register display; a double click asks to edit it.
@@ -71,9 +73,12 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     QString FieldText(const QString& name) const;
     QAction* Action(const QString& caption) const;
     Ieee754Window* ieee754Window() const { return ieee754_; }
+    LogViewerWindow* logViewerWindow() const { return logViewer_; }
     // The colour theme, the main font and their commands.
     Appearance& appearance() { return *appearance_; }
     AssemblerWindow* assemblerWindow() const;
+    // The Memory Editors, the I/O Ports Editor and the Video Memory Screen.
+    MemoryViews& memoryViews() { return *memoryViews_; }
 
     // Host
     void Yield() override;
@@ -88,8 +93,12 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     bool AskText(const std::string& prompt, const std::string& proposed,
                  std::string& answer) override;
     void ShowMessage(const std::string& text) override;
-    void AppendLogViewer(const std::string&) override {}
-    void ClearLogViewer() override {}
+    void AppendLogViewer(const std::string& line) override {
+        if (logViewer_) logViewer_->logadd(line);
+    }
+    void ClearLogViewer() override {
+        if (logViewer_) logViewer_->logclean();
+    }
     void ShowFile(const std::string& path) override;
 
     // ImageHost
@@ -103,6 +112,7 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     void SelectStepByStep() override { rc_->menuspeed1(); }
     void ProgramLoaded(const std::string& path) override;
     void MemoryCleared() override;
+    void RefreshMemoryViews() override;
 
     // Tests answer the questions of the window through these.
     std::function<int(const std::string&)> inValueAnswer;
@@ -160,8 +170,12 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     std::vector<QAction*> recentActions_;
     bool closing_ = false;
     QPointer<Ieee754Window> ieee754_;
+    // Forgotten as it closes, so a reopening makes a new one.
+    QPointer<LogViewerWindow> logViewer_;
     std::unique_ptr<Appearance> appearance_;
     QPointer<AssemblerWindow> assembler_;
+    // After hooks_ and the machine: it tells the hooks as it goes.
+    std::unique_ptr<MemoryViews> memoryViews_;
     bool messageShowing_ = false;  // a modal message drops messages that arrive meanwhile
 };
 

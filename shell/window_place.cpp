@@ -49,4 +49,17 @@ void SaveWindowSize(const QWidget& window, SettingsStore& settings, int number) 
     settings.SetSettingInt(Key(number, "Height"), window.height() * kTwipsPerPixel);
 }
 
+bool RestoreOnTop(QWidget& window, SettingsStore& settings, int number) {
+    const bool on = settings.GetSettingInt("On Top " + std::to_string(number), 0) != 0;
+    window.setWindowFlag(Qt::WindowStaysOnTopHint, on);
+    return on;
+}
+
+void SetOnTop(QWidget& window, SettingsStore& settings, int number, bool on) {
+    settings.SetSettingInt("On Top " + std::to_string(number), on ? 1 : 0);
+    const bool visible = window.isVisible();
+    window.setWindowFlag(Qt::WindowStaysOnTopHint, on);
+    if (visible) window.show();  // a change of flags hides the window
+}
+
 }  // namespace mb

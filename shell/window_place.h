@@ -16,5 +16,8 @@ void SaveWindowPlace(const QWidget& window, SettingsStore& settings, int number)
 // The same for windows that keep their size too ("WindowN Width"/"Height").
 void RestoreWindowSize(QWidget& window, SettingsStore& settings, int number);
 void SaveWindowSize(const QWidget& window, SettingsStore& settings, int number);
+// "On Top N": whether the window stays above the others (default off).
+bool RestoreOnTop(QWidget& window, SettingsStore& settings, int number);
+void SetOnTop(QWidget& window, SettingsStore& settings, int number, bool on);
 
 }  // namespace mb

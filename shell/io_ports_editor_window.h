@@ -1,0 +1,48 @@
+// The I/O Ports Editor: the 256 cells of PortImage, 16 rows of 16, edited in
+// place with the entry box of the Memory Editor.
+#pragma once
+
+#include <QDialog>
+#include <functional>
+
+#include "core/machine.h"
+#include "debug/memory_view.h"
+#include "shell/hex_grid.h"
+
+namespace mb {
+
+class SettingsStore;
+
+class IoPortsEditorWindow : public QDialog, private HexGridModel {
+    Q_OBJECT
+  public:
+    static constexpr int kWindowNumber = 20;
+
+    IoPortsEditorWindow(Machine& m, SettingsStore& settings, QWidget* parent);
+
+    // Called on every port access while the window is open.
+    void ioprint() { grid_->Changed(); }
+    HexGrid* grid() const { return grid_; }
+
+    std::function<void()> closed;
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
+  private:
+    // HexGridModel
+    int RowCount() const override { return kPortCount / kDumpColumns; }
+    int VisibleRows() const override { return RowCount(); }
+    int Columns() const override { return kDumpColumns; }
+    std::string Heading() const override { return std::string(6, ' ') + DumpColumnHeading(); }
+    std::string RowText(int row) const override { return PortRowText(m_, row); }
+    int CellPosition(int col) const override { return DumpCellPosition(col); }
+    int CellValue(int cell) const override { return m_.PortImage[cell]; }
+    void WriteCell(int cell, int value) override;
+
+    Machine& m_;
+    SettingsStore& settings_;
+    HexGrid* grid_ = nullptr;
+};
+
+}  // namespace mb

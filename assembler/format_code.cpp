@@ -44,26 +44,6 @@ namespace {
 constexpr int kFormatLimit = 255;
 constexpr int kTabWidth = 8;
 
-struct OptionKey {
-    const char* name;
-    int FormatCodeOptions::*member;
-};
-
-constexpr OptionKey kOptionKeys[] = {
-    {"Label Add Colon", &FormatCodeOptions::LabelAddColon},
-    {"Label Tabs", &FormatCodeOptions::LabelTabs},
-    {"Label Min Space", &FormatCodeOptions::LabelMinSpace},
-    {"Label Width", &FormatCodeOptions::LabelWidth},
-    {"Argument Tabs", &FormatCodeOptions::ArgumentTabs},
-    {"Argument Min Space", &FormatCodeOptions::ArgumentMinSpace},
-    {"Argument Width", &FormatCodeOptions::ArgumentWidth},
-    {"Argument Space After Comma", &FormatCodeOptions::ArgumentSpaceAfterComma},
-    {"Comment Spaces After Semicolon", &FormatCodeOptions::CommentSpacesAfterSemicolon},
-    {"Comment Tabs", &FormatCodeOptions::CommentTabs},
-    {"Comment Start Column", &FormatCodeOptions::CommentStartColumn},
-    {"Comment Min Space", &FormatCodeOptions::CommentMinSpace},
-};
-
 int Limited(int value) {
     return std::clamp(value, 0, kFormatLimit);
 }
@@ -137,16 +117,34 @@ bool StartsWith(const std::string& text, std::string_view prefix) {
 
 }  // namespace
 
+const std::vector<FormatCodeOptionKey>& FormatCodeOptionKeys() {
+    static const std::vector<FormatCodeOptionKey> kKeys = {
+        {"Label Add Colon", &FormatCodeOptions::LabelAddColon},
+        {"Label Tabs", &FormatCodeOptions::LabelTabs},
+        {"Label Min Space", &FormatCodeOptions::LabelMinSpace},
+        {"Label Width", &FormatCodeOptions::LabelWidth},
+        {"Argument Tabs", &FormatCodeOptions::ArgumentTabs},
+        {"Argument Min Space", &FormatCodeOptions::ArgumentMinSpace},
+        {"Argument Width", &FormatCodeOptions::ArgumentWidth},
+        {"Argument Space After Comma", &FormatCodeOptions::ArgumentSpaceAfterComma},
+        {"Comment Spaces After Semicolon", &FormatCodeOptions::CommentSpacesAfterSemicolon},
+        {"Comment Tabs", &FormatCodeOptions::CommentTabs},
+        {"Comment Start Column", &FormatCodeOptions::CommentStartColumn},
+        {"Comment Min Space", &FormatCodeOptions::CommentMinSpace},
+    };
+    return kKeys;
+}
+
 FormatCodeOptions ReadFormatCodeOptions(SettingsStore& settings) {
     FormatCodeOptions options;
-    for (const OptionKey& key : kOptionKeys)
+    for (const FormatCodeOptionKey& key : FormatCodeOptionKeys())
         options.*key.member = settings.GetSettingInt(
             std::string(kFormatCodeSettingPrefix) + key.name, options.*key.member);
     return options;
 }
 
 void WriteFormatCodeOptions(SettingsStore& settings, const FormatCodeOptions& options) {
-    for (const OptionKey& key : kOptionKeys)
+    for (const FormatCodeOptionKey& key : FormatCodeOptionKeys())
         settings.SetSettingInt(std::string(kFormatCodeSettingPrefix) + key.name,
                                options.*key.member);
 }

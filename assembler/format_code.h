@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace mb {
 
@@ -25,6 +26,13 @@ struct FormatCodeOptions {
 };
 
 inline constexpr const char* kFormatCodeSettingPrefix = "Assembler Format Code - ";
+
+// The options with their names, in the order of the table above.
+struct FormatCodeOptionKey {
+    const char* name;
+    int FormatCodeOptions::*member;
+};
+const std::vector<FormatCodeOptionKey>& FormatCodeOptionKeys();
 
 // Reads every option (a missing one is written back with its default).
 FormatCodeOptions ReadFormatCodeOptions(SettingsStore& settings);

@@ -22,6 +22,7 @@
 #include "assembler/format_code.h"
 #include "assembler/tasm.h"
 #include "core/numtext.h"
+#include "entry_dialogs.h"
 #include "format_options_dialog.h"
 #include "settings/editor_settings.h"
 #include "settings/settings_store.h"
@@ -698,12 +699,10 @@ void AssemblerWindow::Status(const QString& text) {
 std::optional<std::string> AssemblerWindow::AskText(const std::string& prompt,
                                                     const std::string& offered) {
     if (textAnswer) return textAnswer(prompt, offered);
-    bool ok = false;
-    const QString text =
-        QInputDialog::getText(this, windowTitle(), QString::fromStdString(prompt),
-                              QLineEdit::Normal, QString::fromStdString(offered), &ok);
-    if (!ok) return std::nullopt;
-    return Std(text);
+    const auto text = AskTextLine(this, windowTitle(), QString::fromStdString(prompt),
+                                  QString::fromStdString(offered));
+    if (!text) return std::nullopt;
+    return Std(*text);
 }
 
 std::string AssemblerWindow::AskFile(bool save) {

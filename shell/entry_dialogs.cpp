@@ -3,6 +3,7 @@
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -64,6 +65,15 @@ AsciiKeyboard::AsciiKeyboard(SettingsStore& settings, QWidget* parent)
 void AsciiKeyboard::SetSmallLetters(bool small) {
     for (QPushButton* key : letters_)
         key->setText(small ? key->text().toLower() : key->text().toUpper());
+}
+
+std::optional<QString> AskTextLine(QWidget* parent, const QString& title, const QString& prompt,
+                                   const QString& offered) {
+    bool ok = false;
+    const QString text =
+        QInputDialog::getText(parent, title, prompt, QLineEdit::Normal, offered, &ok);
+    if (!ok) return std::nullopt;
+    return text;
 }
 
 int ByteFromText(const QString& text) {

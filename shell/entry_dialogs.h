@@ -4,6 +4,7 @@
 
 #include <QDialog>
 #include <functional>
+#include <optional>
 
 class QLineEdit;
 class QLabel;
@@ -29,6 +30,10 @@ class AsciiKeyboard : public QDialog {
     QCheckBox* small_;
     std::vector<class QPushButton*> letters_;
 };
+
+// The one-line text question of the windows: nullopt when the user cancels.
+std::optional<QString> AskTextLine(QWidget* parent, const QString& title, const QString& prompt,
+                                   const QString& offered);
 
 // A byte as two hexadecimal digits; one digit gets a "0" in front. -1 when the
 // text is no byte.

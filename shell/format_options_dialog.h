@@ -2,7 +2,7 @@
 #pragma once
 
 #include <QDialog>
-#include <array>
+#include <vector>
 
 #include "assembler/format_code.h"
 
@@ -18,8 +18,7 @@ class FormatOptionsDialog : public QDialog {
     void SetOptions(const FormatCodeOptions& options);
 
   private:
-    static constexpr int kCount = 12;
-    std::array<QSpinBox*, kCount> fields_{};
+    std::vector<QSpinBox*> fields_;  // in the order of FormatCodeOptionKeys()
 };
 
 }  // namespace mb

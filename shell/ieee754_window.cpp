@@ -10,6 +10,7 @@
 #include <QPushButton>
 
 #include "debug/ieee754.h"
+#include "entry_dialogs.h"
 #include "settings/settings_store.h"
 #include "window_place.h"
 
@@ -78,11 +79,7 @@ Ieee754Window::Ieee754Window(SettingsStore& settings,
 
 std::optional<QString> Ieee754Window::Ask(const QString& prompt, const QString& offered) {
     if (ask) return ask(prompt, offered);
-    bool ok = false;
-    const QString text =
-        QInputDialog::getText(this, windowTitle(), prompt, QLineEdit::Normal, offered, &ok);
-    if (!ok) return std::nullopt;
-    return text;
+    return AskTextLine(this, windowTitle(), prompt, offered);
 }
 
 void Ieee754Window::Convert(const QString& text) {

@@ -22,8 +22,8 @@
 #include <QVBoxLayout>
 #include <fstream>
 
-#include "core/numtext.h"
 #include "assembler_window.h"
+#include "core/numtext.h"
 #include "entry_dialogs.h"
 #include "ieee754_window.h"
 #include "memory_views.h"
@@ -348,7 +348,9 @@ void MainWindow::BuildMenus() {
               "Display Relative Branch Hex Argument", 0);
 }
 
-AssemblerWindow* MainWindow::assemblerWindow() const { return assembler_; }
+AssemblerWindow* MainWindow::assemblerWindow() const {
+    return assembler_;
+}
 
 void MainWindow::OpenAssembler() {
     if (!assembler_) {
@@ -504,11 +506,9 @@ bool MainWindow::EditRegister(const QString& name, const QString& typed) {
 
 void MainWindow::OnFieldEdit(RegisterField* field) {
     if (rc_->StopEnabled && m_->SimulationRate != kRateStepByStep) return;
-    bool ok = false;
-    const QString text =
-        QInputDialog::getText(this, kTitle, tr("New value of %1:").arg(field->Name()),
-                              QLineEdit::Normal, field->text(), &ok);
-    if (ok) EditRegister(field->Name(), text);
+    const auto text =
+        AskTextLine(this, kTitle, tr("New value of %1:").arg(field->Name()), field->text());
+    if (text) EditRegister(field->Name(), *text);
 }
 
 void MainWindow::UpdateCommands() {
@@ -598,12 +598,10 @@ bool MainWindow::AskText(const std::string& prompt, const std::string& proposed,
         answer = *a;
         return true;
     }
-    bool ok = false;
-    const QString text =
-        QInputDialog::getText(this, kTitle, QString::fromStdString(prompt), QLineEdit::Normal,
-                              QString::fromStdString(proposed), &ok);
-    if (!ok) return false;
-    answer = text.toStdString();
+    const auto text =
+        AskTextLine(this, kTitle, QString::fromStdString(prompt), QString::fromStdString(proposed));
+    if (!text) return false;
+    answer = text->toStdString();
     return true;
 }
 

@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "core/numtext.h"
+#include "entry_dialogs.h"
 #include "settings/settings_store.h"
 #include "window_place.h"
 
@@ -146,11 +147,7 @@ QColor MemoryEditorWindow::CellColor(int cell) const {
 
 std::optional<QString> MemoryEditorWindow::Ask(const QString& prompt, const QString& offered) {
     if (ask) return ask(prompt, offered);
-    bool ok = false;
-    const QString text =
-        QInputDialog::getText(this, windowTitle(), prompt, QLineEdit::Normal, offered, &ok);
-    if (!ok) return std::nullopt;
-    return text;
+    return AskTextLine(this, windowTitle(), prompt, offered);
 }
 
 void MemoryEditorWindow::Show(const std::string& text) {

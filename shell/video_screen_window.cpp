@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include "core/numtext.h"
+#include "entry_dialogs.h"
 #include "settings/settings_store.h"
 #include "window_place.h"
 
@@ -122,11 +123,7 @@ void VideoScreenWindow::Relayout() {
 
 std::optional<QString> VideoScreenWindow::Ask(const QString& prompt, const QString& offered) {
     if (ask) return ask(prompt, offered);
-    bool ok = false;
-    const QString text =
-        QInputDialog::getText(this, windowTitle(), prompt, QLineEdit::Normal, offered, &ok);
-    if (!ok) return std::nullopt;
-    return text;
+    return AskTextLine(this, windowTitle(), prompt, offered);
 }
 
 void VideoScreenWindow::closeEvent(QCloseEvent* event) {

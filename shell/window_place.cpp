@@ -39,8 +39,7 @@ void RestoreWindowSize(QWidget& window, SettingsStore& settings, int number) {
     if (!SavePositions(settings)) return;
     const int width = settings.GetSettingInt(Key(number, "Width"), 0);
     const int height = settings.GetSettingInt(Key(number, "Height"), 0);
-    if (width > 0 && height > 0)
-        window.resize(width / kTwipsPerPixel, height / kTwipsPerPixel);
+    if (width > 0 && height > 0) window.resize(width / kTwipsPerPixel, height / kTwipsPerPixel);
 }
 
 void SaveWindowSize(const QWidget& window, SettingsStore& settings, int number) {

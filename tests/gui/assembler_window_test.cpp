@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "ide_fixture.h"
 #include "shell/asm_lexer.h"
 #include "shell/format_options_dialog.h"
 #include "shell/main_window.h"
@@ -14,23 +15,16 @@
 
 using namespace mb;
 
-class AssemblerWindowTest : public QObject {
+class AssemblerWindowTest : public QObject, protected testing::IdeFixture {
     Q_OBJECT
 
   private:
-    QTemporaryDir dir;
-    std::unique_ptr<QtSettingsStore> settings;
-    std::unique_ptr<MainWindow> main;
     AssemblerWindow* editor = nullptr;
 
     QString Path(const char* name) const { return dir.filePath(name); }
-    void Trigger(const char* caption) {
+    // A command of the Assembler window.
+    void Command(const char* caption) {
         QAction* a = editor->Action(caption);
-        QVERIFY2(a, caption);
-        a->trigger();
-    }
-    void TriggerMain(const char* caption) {
-        QAction* a = main->Action(caption);
         QVERIFY2(a, caption);
         a->trigger();
     }
@@ -56,20 +50,18 @@ class AssemblerWindowTest : public QObject {
 
   private slots:
     void init() {
-        for (const char* name : {"settings.ini", "prog.asm", "prog.lst", "prog.obj", "prog.hex",
-                                 "bad.asm", "bad.lst", "bad.obj", "marks.asm"})
+        for (const char* name : {"prog.asm", "prog.lst", "prog.obj", "prog.hex", "bad.asm",
+                                 "bad.lst", "bad.obj", "marks.asm"})
             QFile::remove(Path(name));
-        settings = std::make_unique<QtSettingsStore>(Path("settings.ini"));
-        settings->SetSettingText("Last Path", dir.path().toStdString());
-        main = std::make_unique<MainWindow>(*settings);
-        main->show();
-        TriggerMain("Assembler");
-        editor = main->assemblerWindow();
+        FreshSettings();
+        Open();
+        Trigger("Assembler");
+        editor = window->assemblerWindow();
         QVERIFY(editor);
         editor->questionAnswer = [](const std::string&) { return 0; };
     }
     void cleanup() {
-        main.reset();
+        window.reset();
         editor = nullptr;
     }
 
@@ -79,33 +71,33 @@ class AssemblerWindowTest : public QObject {
         Type("\tORG 0\nLD A,2AH\nLD B,3\nINC A\nDJNZ $-1\nHALT\n");
         const QString path = Path("prog");
         editor->fileAnswer = [path](bool save) { return save ? path.toStdString() : ""; };
-        Trigger("Assemble && Load");
+        Command("Assemble && Load");
         QCOMPARE(editor->FilePath(), Path("prog.asm"));
         QVERIFY(QFileInfo::exists(Path("prog.obj")));
         QVERIFY(QFileInfo::exists(Path("prog.hex")));
         QVERIFY2(editor->ListingText().contains("DJNZ $-1"), qPrintable(editor->ListingText()));
         // The listing is scrolled to its end.
         QVERIFY(editor->ListingText().size() > 0);
-        QCOMPARE(main->machine().MemoryImage[1], 0x2A);
-        TriggerMain("Ultimate");
-        TriggerMain("Start");
-        QCOMPARE(main->machine().A, 0x2D);
-        QCOMPARE(main->machine().HaltState, 1);
+        QCOMPARE(window->machine().MemoryImage[1], 0x2A);
+        Trigger("Ultimate");
+        Trigger("Start");
+        QCOMPARE(window->machine().A, 0x2D);
+        QCOMPARE(window->machine().HaltState, 1);
     }
 
     void errorsGiveTheBoxAndLeaveNoOutputs() {
         editor->SetSourceText("\tORG 0\n\tLD Q,1\n\tJP nowhere\n");
         const QString path = Path("bad.asm");
         editor->fileAnswer = [path](bool) { return path.toStdString(); };
-        main->messages.clear();
-        main->machine().MemoryImage[0] = 0x11;
-        Trigger("Assemble && Load");
+        window->messages.clear();
+        window->machine().MemoryImage[0] = 0x11;
+        Command("Assemble && Load");
         // The evaluator's box for the unknown name comes first, once.
-        QCOMPARE(main->messages.size(), size_t(2));
-        QVERIFY2(main->messages.front().find("Error evaluating expression: nowhere") !=
+        QCOMPARE(window->messages.size(), size_t(2));
+        QVERIFY2(window->messages.front().find("Error evaluating expression: nowhere") !=
                      std::string::npos,
-                 main->messages.front().c_str());
-        const std::string& box = main->messages.back();
+                 window->messages.front().c_str());
+        const std::string& box = window->messages.back();
         QVERIFY2(box.rfind("Here is the list of assembler errors:", 0) == 0, box.c_str());
         QVERIFY2(
             box.find("Assembly was not successful.\nYour assembler source contains 2 errors.") !=
@@ -114,14 +106,14 @@ class AssemblerWindowTest : public QObject {
         QCOMPARE(editor->ErrorLines(), (std::vector<int>{2, 3}));
         QVERIFY(!QFileInfo::exists(Path("bad.obj")));
         QVERIFY(!QFileInfo::exists(Path("bad.lst")));
-        QVERIFY(!editor->ListingText().isEmpty());       // the listing stays on show
-        QCOMPARE(main->machine().MemoryImage[0], 0x11);  // nothing was loaded
+        QVERIFY(!editor->ListingText().isEmpty());         // the listing stays on show
+        QCOMPARE(window->machine().MemoryImage[0], 0x11);  // nothing was loaded
     }
 
     void refusalsAndCancels() {
-        main->messages.clear();
-        Trigger("Assemble");
-        QCOMPARE(main->messages.back(), std::string("The editor is empty."));
+        window->messages.clear();
+        Command("Assemble");
+        QCOMPARE(window->messages.back(), std::string("The editor is empty."));
         // Save As cancelled: the command ends and nothing is written.
         editor->SetSourceText("\tNOP\n");
         editor->fileAnswer = [](bool) { return std::string(); };
@@ -131,13 +123,13 @@ class AssemblerWindowTest : public QObject {
         editor->textAnswer = [](const std::string&, const std::string&) {
             return std::optional<std::string>();
         };
-        Trigger("Change TASM Command Line Options");
-        QCOMPARE(main->messages.back(), std::string("TASM command line options not changed..."));
+        Command("Change TASM Command Line Options");
+        QCOMPARE(window->messages.back(), std::string("TASM command line options not changed..."));
         QCOMPARE(settings->GetSettingText("TASM Command Line Options", "-80 -b"), "-80 -b");
         // A TASM path that is not a file.
         editor->fileAnswer = [this](bool) { return Path("missing.exe").toStdString(); };
-        Trigger("Change TASM Path");
-        QCOMPARE(main->messages.back(), std::string("The file does not exist."));
+        Command("Change TASM Path");
+        QCOMPARE(window->messages.back(), std::string("The file does not exist."));
     }
 
     void objectOptionsTakeHexEntries() {
@@ -161,10 +153,10 @@ class AssemblerWindowTest : public QObject {
             editor->textAnswer = [typed](const std::string&, const std::string&) {
                 return std::optional<std::string>(typed);
             };
-            main->messages.clear();
-            Trigger(c.command);
+            window->messages.clear();
+            Command(c.command);
             if (c.stored < 0) {
-                QCOMPARE(main->messages.back(), std::string("Wrong entry!"));
+                QCOMPARE(window->messages.back(), std::string("Wrong entry!"));
                 QCOMPARE(settings->GetSettingInt(c.key, 0), 7);
             } else {
                 QCOMPARE(settings->GetSettingInt(c.key, 0), c.stored);
@@ -176,13 +168,13 @@ class AssemblerWindowTest : public QObject {
         editor->textAnswer = [](const std::string&, const std::string&) {
             return std::optional<std::string>(".bin");
         };
-        Trigger("Generate OBJ File Copy (Set Extension)");
+        Command("Generate OBJ File Copy (Set Extension)");
         QVERIFY(editor->Action("Generate OBJ File Copy (Set Extension)")->isChecked());
         editor->SetSourceText("\tORG 0\n\tLD A,1\n\tHALT\n");
         editor->fileAnswer = [this](bool) { return Path("prog.asm").toStdString(); };
         QCOMPARE(editor->menuassemble(), 0);
         QCOMPARE(ReadFile(Path("prog.bin")), ReadFile(Path("prog.obj")));
-        Trigger("Generate OBJ File Copy (Set Extension)");
+        Command("Generate OBJ File Copy (Set Extension)");
         QVERIFY(!editor->Action("Generate OBJ File Copy (Set Extension)")->isChecked());
         QFile::remove(Path("prog.bin"));
     }
@@ -226,29 +218,29 @@ class AssemblerWindowTest : public QObject {
         settings->SetSettingText("TASM Path", FakeTasm(0).toStdString());
         editor->SetSourceText("\tLD A,7\n");
         editor->fileAnswer = [this](bool) { return Path("prog.asm").toStdString(); };
-        main->messages.clear();
-        Trigger("Assemble With TASM && Load");
+        window->messages.clear();
+        Command("Assemble With TASM && Load");
         QVERIFY2(editor->ListingText().contains("Number of errors = 0"),
                  qPrintable(editor->ListingText()));
-        QCOMPARE(main->machine().MemoryImage[0], 0x3E);
-        QCOMPARE(main->machine().MemoryImage[1], 0x07);
+        QCOMPARE(window->machine().MemoryImage[0], 0x3E);
+        QCOMPARE(window->machine().MemoryImage[1], 0x07);
         QCOMPARE(ReadFile(Path("prog.args")), "-80 -b " + Path("prog.asm").toStdString() + "\n");
 
         settings->SetSettingText("TASM Path", FakeTasm(3).toStdString());
-        main->machine().MemoryImage[0] = 0;
-        Trigger("Assemble With TASM && Load");
-        QVERIFY2(main->messages.back().find("Your assembler source contains 3 errors.") !=
+        window->machine().MemoryImage[0] = 0;
+        Command("Assemble With TASM && Load");
+        QVERIFY2(window->messages.back().find("Your assembler source contains 3 errors.") !=
                      std::string::npos,
-                 main->messages.back().c_str());
+                 window->messages.back().c_str());
         QVERIFY(!QFileInfo::exists(Path("prog.obj")));
-        QCOMPARE(main->machine().MemoryImage[0], 0);  // nothing loaded
+        QCOMPARE(window->machine().MemoryImage[0], 0);  // nothing loaded
 
         editor->SetSourceText("\tNOP ;protected: by the compiler\n");
-        Trigger("Assemble With TASM");
-        QVERIFY2(main->messages.back().rfind(
+        Command("Assemble With TASM");
+        QVERIFY2(window->messages.back().rfind(
                      "A part of the assembler source is crypted by the integrated basic compiler.",
                      0) == 0,
-                 main->messages.back().c_str());
+                 window->messages.back().c_str());
         QFile::remove(Path("prog.args"));
     }
 
@@ -256,12 +248,12 @@ class AssemblerWindowTest : public QObject {
         const QString original = "start: ld a , 1 ;go\n\tjp start\n";
         editor->SetSourceText(original);
         editor->SetMarks({{2}, {}});
-        Trigger("Format Code");
+        Command("Format Code");
         const QString formatted = editor->SourceText();
         QVERIFY2(formatted != original, qPrintable(formatted));
         QVERIFY2(formatted.startsWith("start:\tld a,1"), qPrintable(formatted));
         QCOMPARE(editor->Marks().Bookmarks, std::vector<int>{2});
-        Trigger("Undo");
+        Command("Undo");
         QCOMPARE(editor->SourceText(), original);
 
         editor->formatOptionsAnswer = [](FormatOptionsDialog& dialog) {
@@ -269,10 +261,10 @@ class AssemblerWindowTest : public QObject {
             o.ArgumentSpaceAfterComma = 1;
             dialog.SetOptions(o);
         };
-        Trigger("Format Code Options");
+        Command("Format Code Options");
         QCOMPARE(settings->GetSettingInt("Assembler Format Code - Argument Space After Comma", 0),
                  1);
-        Trigger("Format Code");
+        Command("Format Code");
         QVERIFY2(editor->SourceText().startsWith("start:\tld a, 1"),
                  qPrintable(editor->SourceText()));
     }
@@ -285,7 +277,7 @@ class AssemblerWindowTest : public QObject {
         QCOMPARE(lexer->color(AsmLexer::Comment), QColor(0, 120, 0));
         settings->SetSettingInt("EA ColorASMKeyword", 10 + 256 * 20 + 65536 * 30);
         settings->SetSettingInt("EA LineWrapping", 1);
-        main->appearance().editorsApplied();
+        window->appearance().editorsApplied();
         QCOMPARE(lexer->color(AsmLexer::Mnemonic), QColor(10, 20, 30));
         QCOMPARE(editor->sourceEditor()->wrapMode(), QsciScintilla::WrapWord);
     }

@@ -10,6 +10,7 @@
 #include <set>
 
 #include "core/numtext.h"
+#include "ide_fixture.h"
 #include "shell/log_viewer_window.h"
 #include "shell/main_window.h"
 #include "shell/qt_settings_store.h"
@@ -41,36 +42,21 @@ QStringList FileLines(const QString& path) {
 }
 }  // namespace
 
-class LogViewerTest : public QObject {
+class LogViewerTest : public QObject, protected testing::IdeFixture {
     Q_OBJECT
 
   private:
-    QTemporaryDir dir;
-    std::unique_ptr<QtSettingsStore> settings;
-    std::unique_ptr<MainWindow> window;
     LogViewerWindow* viewer = nullptr;
 
-    void Trigger(const char* caption) {
-        QAction* a = window->Action(caption);
-        QVERIFY2(a, caption);
-        a->trigger();
-    }
     void TriggerViewer(const char* caption) {
         QAction* a = viewer->Action(caption);
         QVERIFY2(a, caption);
         a->trigger();
     }
-    void LoadExample(const char* name) {
-        const std::string path = std::string(MB_EXAMPLES) + "/" + name;
-        window->fileAnswer = [path](bool) { return path; };
-        Trigger("Load Program");
-        window->fileAnswer = nullptr;
-    }
     // The main window with the viewer opened from the Tools menu and
     // counter.obj loaded.
     bool OpenWithCounter() {
-        window = std::make_unique<MainWindow>(*settings);
-        window->show();
+        Open();
         QAction* tool = window->Action("Simulation Log Viewer");
         if (!tool) return false;
         tool->trigger();
@@ -88,9 +74,7 @@ class LogViewerTest : public QObject {
 
   private slots:
     void init() {
-        QFile::remove(Path("settings.ini"));
-        settings = std::make_unique<QtSettingsStore>(Path("settings.ini"));
-        settings->SetSettingText("Last Path", dir.path().toStdString());
+        FreshSettings();
         // Normal rate without its pause, so a run to HALT is quick.
         settings->SetSettingInt("Simulation Rate Normal Delay", 0);
     }

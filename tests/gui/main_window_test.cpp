@@ -8,41 +8,18 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "ide_fixture.h"
 #include "shell/ieee754_window.h"
 #include "shell/qt_settings_store.h"
 
 using namespace mb;
 
-class MainWindowTest : public QObject {
+class MainWindowTest : public QObject, protected testing::IdeFixture {
     Q_OBJECT
 
   private:
-    QTemporaryDir dir;
-    std::unique_ptr<QtSettingsStore> settings;
-    std::unique_ptr<MainWindow> window;
-
-    void Open() {
-        window = std::make_unique<MainWindow>(*settings);
-        window->show();
-    }
-    void Trigger(const char* caption) {
-        QAction* a = window->Action(caption);
-        QVERIFY2(a, caption);
-        a->trigger();
-    }
-    void LoadExample(const char* name) {
-        const std::string path = std::string(MB_EXAMPLES) + "/" + name;
-        window->fileAnswer = [path](bool) { return path; };
-        Trigger("Load Program");
-        window->fileAnswer = nullptr;
-    }
-
   private slots:
-    void init() {
-        QFile::remove(dir.filePath("settings.ini"));
-        settings = std::make_unique<QtSettingsStore>(dir.filePath("settings.ini"));
-        settings->SetSettingText("Last Path", dir.path().toStdString());
-    }
+    void init() { FreshSettings(); }
     void cleanup() { window.reset(); }
 
     void firstStartWritesDefaults() {

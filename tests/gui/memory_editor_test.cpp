@@ -9,39 +9,17 @@
 #include <deque>
 
 #include "core/access.h"
+#include "ide_fixture.h"
 #include "shell/main_window.h"
 #include "shell/memory_views.h"
 #include "shell/qt_settings_store.h"
 
 using namespace mb;
 
-class MemoryEditorTest : public QObject {
+class MemoryEditorTest : public QObject, protected testing::IdeFixture {
     Q_OBJECT
 
   private:
-    QTemporaryDir dir;
-    std::unique_ptr<QtSettingsStore> settings;
-    std::unique_ptr<MainWindow> window;
-
-    void Open() {
-        window = std::make_unique<MainWindow>(*settings);
-        window->show();
-    }
-    void Trigger(const char* caption) {
-        QAction* a = window->Action(caption);
-        QVERIFY2(a, caption);
-        a->trigger();
-    }
-    void LoadBytes(const QByteArray& bytes) {
-        const QString path = dir.filePath("program.obj");
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        file.close();
-        window->fileAnswer = [path](bool) { return path.toStdString(); };
-        Trigger("Load Program");
-        window->fileAnswer = nullptr;
-    }
     MemoryViews& views() { return window->memoryViews(); }
     // Clicks a cell of a grid and types into the entry box over it.
     static void Type(HexGrid* grid, int cell, const QString& keys) {
@@ -55,9 +33,7 @@ class MemoryEditorTest : public QObject {
 
   private slots:
     void init() {
-        QFile::remove(dir.filePath("settings.ini"));
-        settings = std::make_unique<QtSettingsStore>(dir.filePath("settings.ini"));
-        settings->SetSettingText("Last Path", dir.path().toStdString());
+        FreshSettings();
         settings->SetSettingInt("Prompt Before IN New", 0);
     }
     void cleanup() { window.reset(); }

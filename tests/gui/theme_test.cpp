@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "ide_fixture.h"
 #include "settings/editor_settings.h"
 #include "shell/color_theme_dialog.h"
 #include "shell/editor_setup_dialog.h"
@@ -25,23 +26,10 @@ QColor Background(const QWidget& w) {
 }
 }  // namespace
 
-class ThemeTest : public QObject {
+class ThemeTest : public QObject, protected testing::IdeFixture {
     Q_OBJECT
 
   private:
-    QTemporaryDir dir;
-    std::unique_ptr<QtSettingsStore> settings;
-    std::unique_ptr<MainWindow> window;
-
-    void Open() {
-        window = std::make_unique<MainWindow>(*settings);
-        window->show();
-    }
-    void Trigger(const char* caption) {
-        QAction* a = window->Action(caption);
-        QVERIFY2(a, caption);
-        a->trigger();
-    }
     void Click(QListWidget* list, const QString& name) {
         const QList<QListWidgetItem*> items = list->findItems(name, Qt::MatchExactly);
         QVERIFY2(!items.isEmpty(), qPrintable(name));
@@ -62,11 +50,7 @@ class ThemeTest : public QObject {
     std::string Stored(const char* key) { return settings->GetSettingText(key, "?"); }
 
   private slots:
-    void init() {
-        QFile::remove(dir.filePath("settings.ini"));
-        settings = std::make_unique<QtSettingsStore>(dir.filePath("settings.ini"));
-        settings->SetSettingText("Last Path", dir.path().toStdString());
-    }
+    void init() { FreshSettings(); }
     void cleanup() { window.reset(); }
 
     void cancelAfterTryingThemesGivesTheFirstBack() {

@@ -282,6 +282,24 @@ class AssemblerWindowTest : public QObject, protected testing::IdeFixture {
         QCOMPARE(editor->sourceEditor()->wrapMode(), QsciScintilla::WrapWord);
     }
 
+    void autoSaveAndAutoLoadedListing() {
+        editor->SetSourceText("\tORG 0\n\tNOP\n");
+        editor->fileAnswer = [this](bool) { return Path("prog.asm").toStdString(); };
+        QCOMPARE(editor->menuassemble(), 0);
+        // A listing beside the source comes along when the option is on.
+        Command("Auto Load LST File");
+        editor->menunew();
+        QVERIFY(editor->ListingText().isEmpty());
+        QVERIFY(editor->OpenFile(Path("prog.asm")));
+        QVERIFY(editor->ListingText().contains("NOP"));
+        // Edits are written a few seconds after typing stops.
+        Command("Auto Save");
+        Type("\tHALT\n");
+        QVERIFY(ReadFile(Path("prog.asm")).find("HALT") == std::string::npos);
+        QTRY_VERIFY_WITH_TIMEOUT(ReadFile(Path("prog.asm")).find("HALT") != std::string::npos,
+                                 6000);
+    }
+
     void unsavedChangesAreAskedFor() {
         editor->SetSourceText("\tNOP\n");
         const QString path = Path("prog.asm");

@@ -213,6 +213,7 @@ QWidget* MainWindow::BuildRegisterDisplay() {
     connect(reset_, &QPushButton::pressed, this, [this] { rc_->Command3Press(); });
     connect(reset_, &QPushButton::released, this, [this] {
         rc_->Command3Release();
+        memoryViews_->RedrawAll();  // the pointers go back with the trackers
         UpdateCommands();
     });
     for (QPushButton* b : {nmi_, int_, reset_}) buttons->addWidget(b);

@@ -26,9 +26,9 @@ bool IsDirectiveWord(std::string_view upper) {
 
 bool IsRegisterWord(std::string_view upper) {
     static constexpr std::string_view kRegisters[] = {
-        "A",  "B",  "C",  "D",   "E",   "H",   "L",   "I",   "R",  "F",  "AF", "AF'",
-        "BC", "DE", "HL", "SP",  "IX",  "IY",  "IXH", "IXL", "IYH", "IYL", "NZ", "Z",
-        "NC", "PO", "PE", "P",   "M"};
+        "A",   "B",   "C",  "D",  "E",  "H",  "L",  "I",  "R",   "F",
+        "AF",  "AF'", "BC", "DE", "HL", "SP", "IX", "IY", "IXH", "IXL",
+        "IYH", "IYL", "NZ", "Z",  "NC", "PO", "PE", "P",  "M"};
     for (std::string_view r : kRegisters)
         if (upper == r) return true;
     return false;
@@ -49,8 +49,7 @@ std::vector<AsmSpan> HighlightAsmLine(std::string_view line) {
     const int n = static_cast<int>(line.size());
     int wordIndex = 0;  // instruction word is the first word after the label
     // As in the assembler, only a letter or "_" in the first column starts a label.
-    bool hasLabel =
-        n > 0 && (std::isalpha(static_cast<unsigned char>(line[0])) || line[0] == '_');
+    bool hasLabel = n > 0 && (std::isalpha(static_cast<unsigned char>(line[0])) || line[0] == '_');
     int i = 0;
     while (i < n) {
         const char c = line[i];

@@ -303,11 +303,11 @@ const VocabularyEntry* Vocabulary::Find(std::string_view key) const {
 
 std::string_view CanonicalDirective(std::string_view upperWord) {
     static constexpr std::pair<std::string_view, std::string_view> kAliases[] = {
-        {".ORG", "ORG"},   {".EQU", "EQU"},   {"=", "EQU"},          {".DB", "DB"},
-        {"DEFB", "DB"},    {".DEFB", "DB"},   {".BYTE", "DB"},       {"BYTE", "DB"},
-        {".DW", "DW"},     {"DEFW", "DW"},    {".DEFW", "DW"},       {".WORD", "DW"},
-        {"WORD", "DW"},    {".DS", "DS"},     {"DEFS", "DS"},        {".DEFS", "DS"},
-        {".BLOCK", "DS"},  {"BLOCK", "DS"},   {".END", "END"},       {".INCLUDE", "INCLUDE"},
+        {".ORG", "ORG"},        {".EQU", "EQU"}, {"=", "EQU"},    {".DB", "DB"},
+        {"DEFB", "DB"},         {".DEFB", "DB"}, {".BYTE", "DB"}, {"BYTE", "DB"},
+        {".DW", "DW"},          {"DEFW", "DW"},  {".DEFW", "DW"}, {".WORD", "DW"},
+        {"WORD", "DW"},         {".DS", "DS"},   {"DEFS", "DS"},  {".DEFS", "DS"},
+        {".BLOCK", "DS"},       {"BLOCK", "DS"}, {".END", "END"}, {".INCLUDE", "INCLUDE"},
         {"#INCLUDE", "INCLUDE"}};
     for (const auto& [from, to] : kAliases)
         if (upperWord == from) return to;

@@ -28,7 +28,8 @@ void clean(Machine& m) {
 }
 
 void RefreshMemoryMirror(Machine& m) {
-    for (int i = 0; i < kMemoryImageSize - kMemorySize; ++i) m.MemoryImage[kMemorySize + i] = m.MemoryImage[i];
+    for (int i = 0; i < kMemoryImageSize - kMemorySize; ++i)
+        m.MemoryImage[kMemorySize + i] = m.MemoryImage[i];
 }
 
 int ComposeFlags(const Machine& m) {

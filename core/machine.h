@@ -40,7 +40,7 @@ struct Machine;
 // Receives the end-of-instruction stage, one call per active step, in order.
 // Implemented by run control; execution only calls through it.
 class EndStageHandler {
-public:
+  public:
     virtual ~EndStageHandler() = default;
     virtual void RefreshViews(Machine& m) = 0;
     virtual void WriteLogLine(Machine& m) = 0;
@@ -110,9 +110,9 @@ struct Machine {
     std::string FFPowerOnDefaults = "ON";
     int UnofficialEnabled = 0;
     int SimulationRate = kRateFast;
-    int HaltStopsSimulation = 1;           // "HALT Stops Simulation"
-    int InfiniteLoopStopsSimulation = 0;   // "Infinite Loop Stops Simulation"
-    int RelativeBranchHex = 0;             // "Display Relative Branch Hex Argument"
+    int HaltStopsSimulation = 1;          // "HALT Stops Simulation"
+    int InfiniteLoopStopsSimulation = 0;  // "Infinite Loop Stops Simulation"
+    int RelativeBranchHex = 0;            // "Display Relative Branch Hex Argument"
 
     // End-of-instruction stage: bits of EndStageBits, and who serves them.
     int EndStageMask = 0;
@@ -140,11 +140,14 @@ int ComposeAltFlags(const Machine& m);
 void SpreadAltFlags(Machine& m, int byte);
 
 // Register pairs, computed at each use.
+// One line per helper: the group reads as a table.
+// clang-format off
 inline int RegBC(const Machine& m) { return m.B * 256 + m.C; }
 inline int RegDE(const Machine& m) { return m.D * 256 + m.E; }
 inline int RegHL(const Machine& m) { return m.H * 256 + m.L; }
 inline void SetBC(Machine& m, int v) { m.B = v / 256; m.C = v % 256; }
 inline void SetDE(Machine& m, int v) { m.D = v / 256; m.E = v % 256; }
 inline void SetHL(Machine& m, int v) { m.H = v / 256; m.L = v % 256; }
+// clang-format on
 
 }  // namespace mb

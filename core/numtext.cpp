@@ -50,7 +50,11 @@ long long HexEntryValue(std::string_view text, int digits) {
     return HexValue(padded, digits);
 }
 
-std::string AsmHex2(int value) { return WithLeadingZeroForLetter(HexDigits(value, 2)); }
-std::string AsmHex4(int value) { return WithLeadingZeroForLetter(HexDigits(value, 4)); }
+std::string AsmHex2(int value) {
+    return WithLeadingZeroForLetter(HexDigits(value, 2));
+}
+std::string AsmHex4(int value) {
+    return WithLeadingZeroForLetter(HexDigits(value, 4));
+}
 
 }  // namespace mb

@@ -10,6 +10,8 @@ namespace mb {
 // Exactly n upper-case hexadecimal digits of the low 4·n bits of value.
 std::string HexDigits(long long value, int digits);
 
+// One line per helper: the groups read as tables.
+// clang-format off
 inline std::string pb_hex2(long long v) { return HexDigits(v, 2); }
 inline std::string pb_hex3(long long v) { return HexDigits(v, 3); }
 inline std::string pb_hex4(long long v) { return HexDigits(v, 4); }
@@ -41,6 +43,7 @@ inline int pb_getbyte0(long long v) { return static_cast<int>(v & 0xFF); }
 inline int pb_getbyte1(long long v) { return static_cast<int>((v >> 8) & 0xFF); }
 inline int pb_getbyte2(long long v) { return static_cast<int>((v >> 16) & 0xFF); }
 inline int pb_getbyte3(long long v) { return static_cast<int>((v >> 24) & 0xFF); }
+// clang-format on
 
 // Assembler operand forms: two or four digits, with a "0" in front when the first
 // digit is a letter (10 -> "0A", 255 -> "0FF", 65535 -> "0FFFF", 4096 -> "1000").

@@ -38,8 +38,8 @@ TEST(EditorMarks, OnlyTheLastLineCounts) {
 }
 
 TEST(EditorMarks, DamagedPartsAndLinesOutsideTheTextAreSkipped) {
-    std::string text =
-        "\tNOP\n\tNOP\n" + std::string(kBookmarksComment) + "bookmarks=2,x,,7,2;breakpoints=-1,1;junk";
+    std::string text = "\tNOP\n\tNOP\n" + std::string(kBookmarksComment) +
+                       "bookmarks=2,x,,7,2;breakpoints=-1,1;junk";
     EditorMarks marks;
     ASSERT_TRUE(TakeMarksComment(text, marks, 2));
     EXPECT_EQ(marks.Bookmarks, std::vector<int>{2});

@@ -9,11 +9,19 @@ TEST(NumText, FixedWidthHex) {
     struct Case {
         std::string got, want;
     } cases[] = {
-        {pb_hex2(0), "00"},       {pb_hex2(0xAB), "AB"},        {pb_hex2(0x1FF), "FF"},
-        {pb_hex3(0xABC), "ABC"},  {pb_hex4(0x0F0), "00F0"},     {pb_hex4(65535), "FFFF"},
-        {pb_hex8(0x12345678), "12345678"},                      {pb_hex0x2(10), "0x0A"},
-        {pb_hex0x3(10), "0x00A"}, {pb_hex0x4(0xBEEF), "0xBEEF"}, {pb_hex2H(255), "FFH"},
-        {pb_hex3H(1), "001H"},    {pb_hex4H(0x66), "0066H"},
+        {pb_hex2(0), "00"},
+        {pb_hex2(0xAB), "AB"},
+        {pb_hex2(0x1FF), "FF"},
+        {pb_hex3(0xABC), "ABC"},
+        {pb_hex4(0x0F0), "00F0"},
+        {pb_hex4(65535), "FFFF"},
+        {pb_hex8(0x12345678), "12345678"},
+        {pb_hex0x2(10), "0x0A"},
+        {pb_hex0x3(10), "0x00A"},
+        {pb_hex0x4(0xBEEF), "0xBEEF"},
+        {pb_hex2H(255), "FFH"},
+        {pb_hex3H(1), "001H"},
+        {pb_hex4H(0x66), "0066H"},
     };
     for (const auto& c : cases) EXPECT_EQ(c.got, c.want);
 }
@@ -36,9 +44,9 @@ TEST(NumText, TypedHexEntries) {
         long long value;
     };
     const Case cases[] = {
-        {"ff", 2, 255},     {" 1 ", 2, 1},      {"1ff", 4, 511}, {"0000", 4, 0},
-        {"FFFF", 4, 65535}, {"10000", 4, -1},   {"", 4, -1},     {"   ", 4, -1},
-        {"12G", 4, -1},     {"1 2", 4, -1},     {"-1", 4, -1},   {"100", 2, -1},
+        {"ff", 2, 255},     {" 1 ", 2, 1},    {"1ff", 4, 511}, {"0000", 4, 0},
+        {"FFFF", 4, 65535}, {"10000", 4, -1}, {"", 4, -1},     {"   ", 4, -1},
+        {"12G", 4, -1},     {"1 2", 4, -1},   {"-1", 4, -1},   {"100", 2, -1},
     };
     for (const Case& c : cases)
         EXPECT_EQ(HexEntryValue(c.text, c.digits), c.value) << '"' << c.text << '"';

@@ -84,10 +84,21 @@ QPalette ThemePalette(const ColorTheme& theme) {
     p.setColor(QPalette::ToolTipBase, c(15));
     p.setColor(QPalette::PlaceholderText, c(16));
     p.setColor(QPalette::ToolTipText, c(17));
-    // Selected text is field background or field text, whichever reads better.
-    const bool lightOnSelection =
-        ContrastRatio(theme.Slot(6), theme.Slot(5)) >= ContrastRatio(theme.Slot(7), theme.Slot(5));
-    p.setColor(QPalette::HighlightedText, c(lightOnSelection ? 6 : 7));
+    // Selected text is field background or field text, whichever reads better;
+    // black or white when neither reads well on the selection.
+    const int selection = theme.Slot(5);
+    int selected =
+        ContrastRatio(theme.Slot(6), selection) >= ContrastRatio(theme.Slot(7), selection)
+            ? theme.Slot(6)
+            : theme.Slot(7);
+    constexpr double kReadable = 4.5;
+    if (ContrastRatio(selected, selection) < kReadable) {
+        const int black = Rgb(0, 0, 0), white = Rgb(255, 255, 255);
+        selected =
+            ContrastRatio(black, selection) >= ContrastRatio(white, selection) ? black : white;
+    }
+    p.setColor(QPalette::HighlightedText,
+               QColor(RedOf(selected), GreenOf(selected), BlueOf(selected)));
     // Disabled text stands halfway between its colour and its background.
     const std::pair<QPalette::ColorRole, QPalette::ColorRole> pairs[] = {
         {QPalette::WindowText, QPalette::Window},

@@ -50,6 +50,20 @@ class ThemeTest : public QObject, protected testing::IdeFixture {
     std::string Stored(const char* key) { return settings->GetSettingText(key, "?"); }
 
   private slots:
+    // Every theme keeps selected text readable on its selection colour.
+    void selectedTextReadsInEveryTheme() {
+        for (const ThemeRow& row : ColorThemeTable()) {
+            ColorTheme theme;
+            theme.name = row.name;
+            theme.colors = row.colors;
+            const QPalette p = ThemePalette(theme);
+            const auto rgb = [](const QColor& c) { return Rgb(c.red(), c.green(), c.blue()); };
+            QVERIFY2(ContrastRatio(rgb(p.color(QPalette::HighlightedText)),
+                                   rgb(p.color(QPalette::Highlight))) >= 4.5,
+                     row.name.c_str());
+        }
+    }
+
     void init() { FreshSettings(); }
     void cleanup() { window.reset(); }
 

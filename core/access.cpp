@@ -128,6 +128,14 @@ void AccessHooks::UpdateMask(Machine& m) {
     m.AccessHookMask = mask;
 }
 
+namespace {
+// The I/O Ports Editor follows every access at the rates that show each
+// instruction; at Ultimate it is redrawn with the other views at timer ticks.
+void RefreshPortsEditor(const Machine& m, AccessHooks& h) {
+    if (m.SimulationRate != kRateUltimate) h.host->RefreshViews(kViewPortsEditor);
+}
+}  // namespace
+
 int MemoryReadHooked(Machine& m, int address) {
     AccessHooks& h = *m.Hooks;
     if (m.AccessHookMask & kHookModules) {
@@ -193,7 +201,7 @@ int PortInHooked(Machine& m, int port) {
         if (!supplied && (mask & kHookInPrompt)) result = AskInValue(m, *h.host, port);
     }
     m.PortImage[port] = result;
-    if (mask & kHookPortsEditor) h.host->RefreshViews(kViewPortsEditor);
+    if (mask & kHookPortsEditor) RefreshPortsEditor(m, h);
     if ((mask & kHookIoLog) && h.host) h.log->IoAccess(m, h.host->Now(), port, result, true);
     return result;
 }
@@ -209,7 +217,7 @@ void PortOutHooked(Machine& m, int port, int value) {
     }
     if (mask & kHookPortDevices) PortDevicesOut(h, port, value);
     m.PortImage[port] = value;
-    if (mask & kHookPortsEditor) h.host->RefreshViews(kViewPortsEditor);
+    if (mask & kHookPortsEditor) RefreshPortsEditor(m, h);
     if (mask & kHookModules) {
         int p = port, v = value;
         for (ExternalModule* module : h.Modules) {

@@ -2,6 +2,8 @@
 // see an access, which source supplies an IN, and the idle fast path.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <deque>
 #include <string>
 #include <vector>
@@ -144,6 +146,11 @@ TEST_F(AccessTest, PortOutReachesEveryHookInOrder) {
     EXPECT_EQ(hooks.PortTerminal.LastOutCycle, 777);
     PortOut(m, 254, 0);  // a zero adds nothing to the text
     EXPECT_EQ(hooks.OutputString.OutputText, "E");
+    // At Ultimate the ports editor waits for the timer tick.
+    m.SimulationRate = kRateUltimate;
+    events.clear();
+    PortOut(m, 254, 1);
+    EXPECT_EQ(std::count(events.begin(), events.end(), "ports view"), 0);
 }
 
 TEST_F(AccessTest, MemoryWriteOrder) {

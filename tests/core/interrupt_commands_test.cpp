@@ -17,22 +17,12 @@ namespace {
 
 using testing::ScriptedHost;
 
-class InterruptTest : public ::testing::Test {
+class InterruptTest : public testing::RunControlFixture {
   protected:
-    Machine m;
-    ScriptedHost host;
-    MemorySettingsStore settings;
-    AccessHooks hooks;
-    SimLog log;
-    RunControl rc{m, host, settings, hooks, log};
-
     void SetUp() override {
         settings.SetSettingInt(kSettingSlowDelay, 2);
         settings.SetSettingInt(kSettingPromptBeforeIn, 0);
         rc.LoadSettings();
-    }
-    void Load(int address, std::initializer_list<int> bytes) {
-        for (int b : bytes) m.MemoryImage[address++] = b;
     }
     void StartStepping() {
         m.SimulationRate = kRateStepByStep;

@@ -16,25 +16,14 @@ namespace {
 
 using testing::ScriptedHost;
 
-class RunControlTest : public ::testing::Test {
+class RunControlTest : public testing::RunControlFixture {
   protected:
-    Machine m;
-    ScriptedHost host;
-    MemorySettingsStore settings;
-    AccessHooks hooks;
-    SimLog log;
-    RunControl rc{m, host, settings, hooks, log};
-
     void SetUp() override {
         settings.SetSettingInt(kSettingSlowDelay, 3);
         settings.SetSettingInt(kSettingNormalDelay, 2);
         settings.SetSettingInt(kSettingFastDelay, 1);
         settings.SetSettingInt(kSettingPromptBeforeIn, 0);
         rc.LoadSettings();
-    }
-
-    void Load(int address, std::initializer_list<int> bytes) {
-        for (int b : bytes) m.MemoryImage[address++] = b;
     }
 
     void SetRate(int rate) {

@@ -10,7 +10,12 @@
 #include <string>
 #include <vector>
 
+#include "core/access.h"
 #include "core/host.h"
+#include "core/machine.h"
+#include "core/run_control.h"
+#include "core/simlog.h"
+#include "settings/settings_store.h"
 
 namespace mb::testing {
 
@@ -80,6 +85,22 @@ class ScriptedHost : public Host {
     void AppendLogViewer(const std::string& line) override { viewerLines.push_back(line); }
     void ClearLogViewer() override { viewerLines.clear(); }
     void ShowFile(const std::string& path) override { shownFiles.push_back(path); }
+};
+
+// A machine under run control with the scripted host, settings in memory and
+// no device on the data paths.
+class RunControlFixture : public ::testing::Test {
+  protected:
+    Machine m;
+    ScriptedHost host;
+    MemorySettingsStore settings;
+    AccessHooks hooks;
+    SimLog log;
+    RunControl rc{m, host, settings, hooks, log};
+
+    void Load(int address, std::initializer_list<int> bytes) {
+        for (int b : bytes) m.MemoryImage[address++] = b;
+    }
 };
 
 }  // namespace mb::testing

@@ -94,15 +94,9 @@ std::string ReadFile(const fs::path& path) {
     return s.str();
 }
 
-class LogFileTest : public ::testing::Test {
+class LogFileTest : public testing::RunControlFixture {
   protected:
     fs::path dir;
-    Machine m;
-    ScriptedHost host;
-    MemorySettingsStore settings;
-    AccessHooks hooks;
-    SimLog log;
-    RunControl rc{m, host, settings, hooks, log};
 
     void SetUp() override {
         dir = fs::temp_directory_path() /
@@ -119,10 +113,7 @@ class LogFileTest : public ::testing::Test {
         rc.LoadSettings();
     }
     void TearDown() override { fs::remove_all(dir); }
-    void Load(std::initializer_list<int> bytes) {
-        int a = 0;
-        for (int b : bytes) m.MemoryImage[a++] = b;
-    }
+    void Load(std::initializer_list<int> bytes) { RunControlFixture::Load(0, bytes); }
 };
 
 TEST_F(LogFileTest, RunWritesLogAndIoLog) {

@@ -9,6 +9,7 @@
 #include "core/host.h"
 #include "core/numtext.h"
 #include "settings/settings_store.h"
+#include "tests/support/quiet_host.h"
 
 namespace mb {
 namespace {
@@ -296,31 +297,6 @@ TEST(CellEntryTest, TheBoxShowsTheCellUntilAKeyAndClosesPastTheLastCell) {
 
 // The write path with a Memory Editor open: every MemoryWrite asks the host for
 // memorijaprint, and at Ultimate with Optimize a loop on one address redraws once.
-class CountingHost : public Host {
-  public:
-    MemoryView* view = nullptr;
-    Machine* machine = nullptr;
-    int calls = 0, redraws = 0;
-    void RefreshViews(int bits) override {
-        if (!(bits & kViewMemoryEditors)) return;
-        ++calls;
-        if (view->memorijaprint(*machine)) ++redraws;
-    }
-    void Yield() override {}
-    void Sleep5ms() override {}
-    void SleepMs(int) override {}
-    double SecondsSinceMidnight() override { return 0; }
-    double MonotonicSeconds() override { return 0; }
-    LocalDateTime Now() override { return {}; }
-    void SetUltimateTimer(int) override {}
-    int AskInValue(const std::string&, const std::string&) override { return 0; }
-    bool AskText(const std::string&, const std::string&, std::string&) override { return false; }
-    void ShowMessage(const std::string&) override {}
-    void AppendLogViewer(const std::string&) override {}
-    void ClearLogViewer() override {}
-    void ShowFile(const std::string&) override {}
-};
-
 struct WritePathRun {
     int calls, redraws, pointer;
 };
@@ -332,16 +308,20 @@ WritePathRun RunOnWritePath(const std::vector<int>& program, bool editorOpen, bo
     for (size_t i = 0; i < program.size(); ++i) m.MemoryImage[i] = program[i];
     MemoryView view(1);
     view.Optimize = optimize;
-    CountingHost host;
-    host.view = &view;
-    host.machine = &m;
+    int calls = 0, redraws = 0;
+    testing::QuietHost host;
+    host.onRefresh = [&](int bits) {
+        if (!(bits & kViewMemoryEditors)) return;
+        ++calls;
+        if (view.memorijaprint(m)) ++redraws;
+    };
     AccessHooks hooks;
     hooks.host = &host;
     hooks.PromptBeforeIn = false;
     hooks.MemoryViewsOpen = editorOpen;
     hooks.UpdateMask(m);
     for (int i = 0; i < instructions; ++i) ExecuteInstruction(m);
-    return {host.calls, host.redraws, view.WritePointer()};
+    return {calls, redraws, view.WritePointer()};
 }
 
 TEST(MemoryViewTest, TheWritePathCallsTheEditorsOnlyWhileOneIsOpen) {

@@ -6,6 +6,7 @@
 #include "core/host.h"
 #include "core/numtext.h"
 #include "settings/settings_store.h"
+#include "tests/support/quiet_host.h"
 
 namespace mb {
 namespace {
@@ -147,46 +148,25 @@ TEST(VideoScreenTest, ScreenTextShowsEachRowWithItsAddress) {
 
 // The write path: with the screen open each MemoryWrite reaches the host.
 TEST(VideoScreenTest, TheWritePathReachesTheScreenOnlyWhileItIsOpen) {
-    struct ScreenHost final : Host {
-        VideoScreen* screen = nullptr;
-        Machine* machine = nullptr;
-        int redraws = 0;
-        void RefreshViews(int bits) override {
-            if ((bits & kViewVideoScreen) && screen->memorijaprint(*machine)) ++redraws;
-        }
-        void Yield() override {}
-        void Sleep5ms() override {}
-        void SleepMs(int) override {}
-        double SecondsSinceMidnight() override { return 0; }
-        double MonotonicSeconds() override { return 0; }
-        LocalDateTime Now() override { return {}; }
-        void SetUltimateTimer(int) override {}
-        int AskInValue(const std::string&, const std::string&) override { return 0; }
-        bool AskText(const std::string&, const std::string&, std::string&) override {
-            return false;
-        }
-        void ShowMessage(const std::string&) override {}
-        void AppendLogViewer(const std::string&) override {}
-        void ClearLogViewer() override {}
-        void ShowFile(const std::string&) override {}
-    };
     Machine m;
     VideoScreen screen;
-    ScreenHost host;
-    host.screen = &screen;
-    host.machine = &m;
+    int redraws = 0;
+    testing::QuietHost host;
+    host.onRefresh = [&](int bits) {
+        if ((bits & kViewVideoScreen) && screen.memorijaprint(m)) ++redraws;
+    };
     AccessHooks hooks;
     hooks.host = &host;
     hooks.PromptBeforeIn = false;
     hooks.UpdateMask(m);
     MemoryWrite(m, 0x4000, 'A');
-    EXPECT_EQ(host.redraws, 0);
+    EXPECT_EQ(redraws, 0);
     hooks.MemoryViewsOpen = true;
     hooks.UpdateMask(m);
     MemoryWrite(m, 0x4000, 'B');
     MemoryWrite(m, 0x4300, 'C');  // past the screen
     MemoryWrite(m, 0x42FF, 'D');
-    EXPECT_EQ(host.redraws, 2);
+    EXPECT_EQ(redraws, 2);
     EXPECT_EQ(m.MemoryImage[0x4300], 'C');
     // Ports do not take the hooked path for the memory views.
     EXPECT_EQ(m.AccessHookMask & kPortHooks, 0);

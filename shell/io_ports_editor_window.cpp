@@ -19,10 +19,7 @@ IoPortsEditorWindow::IoPortsEditorWindow(Machine& m, SettingsStore& settings, QW
     layout->addWidget(grid_);
     auto* bottom = new QHBoxLayout;
     bottom->addStretch();
-    auto* onTop = new QCheckBox(tr("On Top"), this);
-    onTop->setChecked(RestoreOnTop(*this, settings_, kWindowNumber));
-    connect(onTop, &QCheckBox::toggled, this,
-            [this](bool on) { SetOnTop(*this, settings_, kWindowNumber, on); });
+    QCheckBox* onTop = OnTopCheckBox(*this, settings_, kWindowNumber);
     bottom->addWidget(onTop);
     layout->addLayout(bottom);
     RestoreWindowPlace(*this, settings_, kWindowNumber);

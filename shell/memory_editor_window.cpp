@@ -75,11 +75,8 @@ MemoryEditorWindow::MemoryEditorWindow(int number, Machine& m, SettingsStore& se
     bottom->addWidget(Swatch(tr("Read"), ReadPointerColor(), this));
     bottom->addWidget(Swatch(tr("SP"), StackMarkerColor(), this));
     bottom->addStretch();
-    auto* onTop = new QCheckBox(tr("On Top"), this);
     const int place = WindowNumber(number);
-    onTop->setChecked(RestoreOnTop(*this, settings_, place));
-    connect(onTop, &QCheckBox::toggled, this,
-            [this, place](bool on) { SetOnTop(*this, settings_, place, on); });
+    QCheckBox* onTop = OnTopCheckBox(*this, settings_, place);
     bottom->addWidget(onTop);
     layout->addLayout(bottom);
 

@@ -49,10 +49,7 @@ VideoScreenWindow::VideoScreenWindow(Machine& m, SettingsStore& settings, QWidge
     command(tr("Rows"), &VideoScreenWindow::ChangeRows);
     command(tr("Color Scheme"), &VideoScreenWindow::ChangeColorScheme);
     commands->addStretch();
-    auto* onTop = new QCheckBox(tr("On Top"), this);
-    onTop->setChecked(RestoreOnTop(*this, settings_, kWindowNumber));
-    connect(onTop, &QCheckBox::toggled, this,
-            [this](bool on) { SetOnTop(*this, settings_, kWindowNumber, on); });
+    QCheckBox* onTop = OnTopCheckBox(*this, settings_, kWindowNumber);
     commands->addWidget(onTop);
     layout->addLayout(commands);
 

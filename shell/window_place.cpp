@@ -1,5 +1,6 @@
 #include "window_place.h"
 
+#include <QCheckBox>
 #include <QWidget>
 #include <string>
 
@@ -59,6 +60,15 @@ void SetOnTop(QWidget& window, SettingsStore& settings, int number, bool on) {
     const bool visible = window.isVisible();
     window.setWindowFlag(Qt::WindowStaysOnTopHint, on);
     if (visible) window.show();  // a change of flags hides the window
+}
+
+QCheckBox* OnTopCheckBox(QWidget& window, SettingsStore& settings, int number) {
+    auto* box = new QCheckBox(QObject::tr("On Top"), &window);
+    box->setChecked(RestoreOnTop(window, settings, number));
+    QObject::connect(box, &QCheckBox::toggled, &window, [&window, &settings, number](bool on) {
+        SetOnTop(window, settings, number, on);
+    });
+    return box;
 }
 
 }  // namespace mb

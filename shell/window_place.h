@@ -2,6 +2,7 @@
 // pixel), restored and kept only while "Save Positions" is "ON".
 #pragma once
 
+class QCheckBox;
 class QWidget;
 
 namespace mb {
@@ -19,5 +20,7 @@ void SaveWindowSize(const QWidget& window, SettingsStore& settings, int number);
 // "On Top N": whether the window stays above the others (default off).
 bool RestoreOnTop(QWidget& window, SettingsStore& settings, int number);
 void SetOnTop(QWidget& window, SettingsStore& settings, int number, bool on);
+// An "On Top" check box for the window: restored now, kept when toggled.
+QCheckBox* OnTopCheckBox(QWidget& window, SettingsStore& settings, int number);
 
 }  // namespace mb

@@ -160,21 +160,21 @@ QAction* AssemblerWindow::AddCommand(QMenu* menu, const QString& caption,
                                      std::function<void()> slot) {
     QAction* a = menu->addAction(caption);
     connect(a, &QAction::triggered, this, [slot] { slot(); });
-    QString key = caption;
-    actions_[key.remove('&')] = a;
+    actions_[QString(caption).remove('&')] = a;
     return a;
 }
 
 QAction* AssemblerWindow::AddToggle(QMenu* menu, const QString& caption, std::function<bool()> get,
                                     std::function<void(bool)> set) {
-    QAction* a = AddCommand(menu, caption, {});
+    QAction* a = menu->addAction(caption);
     a->setCheckable(true);
     a->setChecked(get());
-    disconnect(a, &QAction::triggered, this, nullptr);
+    // The tick shows what was stored: a prompt may refuse the change.
     connect(a, &QAction::triggered, this, [a, get, set](bool on) {
         set(on);
         a->setChecked(get());
     });
+    actions_[QString(caption).remove('&')] = a;
     return a;
 }
 
@@ -499,10 +499,9 @@ void AssemblerWindow::MarkErrorLines(const AssemblySession& session) {
     }
 }
 
-bool AssemblerWindow::StopSimulationFirst() {
+void AssemblerWindow::StopSimulationFirst() {
     if (settings_.GetSettingInt(kStopsSimulation, 1) && hooks_.simulationRunning())
         hooks_.stopSimulation();
-    return true;
 }
 
 void AssemblerWindow::LoadProgramAfter(int errors) {

@@ -92,7 +92,7 @@ class AssemblerWindow : public QMainWindow {
     // Checks the editor is not empty, names an untitled source and saves it.
     bool PrepareSource();
     void LoadProgramAfter(int errors);
-    bool StopSimulationFirst();
+    void StopSimulationFirst();
     void MarkErrorLines(const AssemblySession& session);
     void ToggleMarker(int marker, int line);
     void JumpToBookmark(bool forward);

@@ -9,23 +9,6 @@ namespace {
 
 constexpr EditorKind kKinds[] = {EditorKind::Basic, EditorKind::Assembler};
 
-TEST(EditorSettings, ColoursPackRedLowBlueHigh) {
-    struct Case {
-        int r, g, b, packed;
-    };
-    const Case cases[] = {{0, 0, 0, 0},
-                          {255, 0, 0, 255},
-                          {0, 255, 0, 65280},
-                          {0, 0, 255, 16711680},
-                          {243, 243, 245, 243 + 256 * 243 + 65536 * 245}};
-    for (const Case& c : cases) {
-        EXPECT_EQ(Rgb(c.r, c.g, c.b), c.packed);
-        EXPECT_EQ(RedOf(c.packed), c.r);
-        EXPECT_EQ(GreenOf(c.packed), c.g);
-        EXPECT_EQ(BlueOf(c.packed), c.b);
-    }
-}
-
 TEST(EditorSettings, FirstReadStoresTheDefaultsAndReadsThemBack) {
     struct Case {
         EditorKind kind;

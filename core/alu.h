@@ -2,16 +2,25 @@
 // the machine's separate flag fields and keeps 8-bit results in 0..255 by explicit
 // comparison.
 //
-// The X and Y copies (bits 3 and 5) are written only with unofficial
-// instructions on; with them off, ExecuteInstruction pins both (and the
-// alternates) at the end of every instruction.
+// The routines that set every flag compose the flag byte in a register and
+// spread it over the eight fields at once (SpreadFlags). They write X and Y from
+// the result even with unofficial instructions off: ExecuteInstruction pins both
+// (and the alternates) at the end of every instruction, before anything else can
+// look at them. The routines that leave some flags alone write field by field,
+// and there X and Y are written only with unofficial instructions on.
+//
+// Registers and cells normally hold 0..255, but a cell written by PushWord can
+// hold 256 and reach a register from there; the flag tables cover values up to
+// 511 so that such a value gives the same flags as the bit-by-bit rules.
 #pragma once
+
+#include <array>
 
 #include "machine.h"
 
 namespace mb {
 
-inline int Parity(int v) {
+constexpr int Parity(int v) {
     v &= 255;
     v ^= v >> 4;
     v ^= v >> 2;
@@ -38,72 +47,116 @@ inline void SetSZXYP(Machine& m, int v) {
     m.FlagP = Parity(v);
 }
 
-inline void Add8(Machine& m, int b) {
+// Bits of the flag byte.
+enum FlagBits {
+    kFlagBitS = 0x80,
+    kFlagBitZ = 0x40,
+    kFlagBitY = 0x20,
+    kFlagBitH = 0x10,
+    kFlagBitX = 0x08,
+    kFlagBitP = 0x04,
+    kFlagBitN = 0x02,
+    kFlagBitC = 0x01,
+};
+
+namespace detail {
+
+constexpr int kFlagTableSize = 512;
+
+// S, Z, Y and X of a value (and parity with WithParity), by the same rules as
+// SetSZXY and SetSZXYP.
+template <bool WithParity>
+constexpr std::array<unsigned char, kFlagTableSize> MakeValueFlags() {
+    std::array<unsigned char, kFlagTableSize> table{};
+    for (int v = 0; v < kFlagTableSize; ++v) {
+        int f = (v & (kFlagBitS | kFlagBitY | kFlagBitX)) | (v == 0 ? kFlagBitZ : 0);
+        if (WithParity && Parity(v)) f |= kFlagBitP;
+        table[v] = static_cast<unsigned char>(f);
+    }
+    return table;
+}
+
+inline constexpr auto kSZXY = MakeValueFlags<false>();
+inline constexpr auto kSZXYP = MakeValueFlags<true>();
+
+}  // namespace detail
+
+// The flag bits of a value; v is in -512..511 (a result below 0 has bits 7, 5
+// and 3 set, as the bit rules give).
+inline int SZXYBits(int v) {
+    return detail::kSZXY[v & (detail::kFlagTableSize - 1)];
+}
+inline int SZXYPBits(int v) {
+    return detail::kSZXYP[v & (detail::kFlagTableSize - 1)];
+}
+
+// H of a + b (+ c) or a - b (- c), from the unwrapped result: bit 4 of a ^ b ^ r.
+inline int HalfCarryBit(int a, int b, int r) {
+    return (a ^ b ^ r) & kFlagBitH;
+}
+
+// Sum of a and b (plus carry c) into A with every flag.
+inline void AddToA(Machine& m, int b, int c) {
     const int a = m.A;
-    int r = a + b;
-    m.FlagH = (a & 15) + (b & 15) > 15;
-    m.FlagP = ((a ^ r) & (b ^ r) & 0x80) != 0;
-    m.FlagN = 0;
-    m.FlagC = r > 255;
-    if (r > 255) r -= 256;
-    SetSZXY(m, r);
+    int r = a + b + c;
+    int f = HalfCarryBit(a, b, r) | (((a ^ r) & (b ^ r) & 0x80) >> 5);
+    if (r > 255) {
+        r -= 256;
+        f |= kFlagBitC;
+    }
     m.A = r;
+    SpreadFlags(m, f | SZXYBits(r));
+}
+
+inline void Add8(Machine& m, int b) {
+    AddToA(m, b, 0);
 }
 
 inline void Adc8(Machine& m, int b) {
-    const int a = m.A;
-    const int c = m.FlagC;
-    int r = a + b + c;
-    m.FlagH = (a & 15) + (b & 15) + c > 15;
-    m.FlagP = ((a ^ r) & (b ^ r) & 0x80) != 0;
-    m.FlagN = 0;
-    m.FlagC = r > 255;
-    if (r > 255) r -= 256;
-    SetSZXY(m, r);
-    m.A = r;
+    AddToA(m, b, m.FlagC);
 }
 
-// Flags of a - b - c; returns the wrapped difference.
-inline int SubFlags(Machine& m, int a, int b, int c) {
-    int r = a - b - c;
-    m.FlagH = (a & 15) - (b & 15) - c < 0;
-    m.FlagP = ((a ^ b) & (a ^ r) & 0x80) != 0;
-    m.FlagN = 1;
-    m.FlagC = r < 0;
-    if (r < 0) r += 256;
-    m.FlagS = (r >> 7) & 1;
-    m.FlagZ = r == 0;
-    return r;
+// Flag byte of a - b - c without X and Y; r receives the wrapped difference.
+inline int SubFlagBits(int a, int b, int c, int& r) {
+    r = a - b - c;
+    int f = HalfCarryBit(a, b, r) | (((a ^ b) & (a ^ r) & 0x80) >> 5) | kFlagBitN;
+    if (r < 0) {
+        r += 256;
+        f |= kFlagBitC;
+    }
+    return f | (SZXYBits(r) & (kFlagBitS | kFlagBitZ));
+}
+
+// A - b - c into A with every flag.
+inline void SubFromA(Machine& m, int b, int c) {
+    int r;
+    const int f = SubFlagBits(m.A, b, c, r);
+    m.A = r;
+    SpreadFlags(m, f | (SZXYBits(r) & (kFlagBitY | kFlagBitX)));
 }
 
 inline void Sub8(Machine& m, int b) {
-    const int r = SubFlags(m, m.A, b, 0);
-    SetXY(m, r);
-    m.A = r;
+    SubFromA(m, b, 0);
 }
 
 inline void Sbc8(Machine& m, int b) {
-    const int r = SubFlags(m, m.A, b, m.FlagC);
-    SetXY(m, r);
-    m.A = r;
+    SubFromA(m, b, m.FlagC);
 }
 
 // As Sub8, but A stays and X, Y come from the operand.
 inline void Cp8(Machine& m, int b) {
-    SubFlags(m, m.A, b, 0);
-    SetXY(m, b);
+    int r;
+    const int f = SubFlagBits(m.A, b, 0, r);
+    SpreadFlags(m, f | (SZXYBits(b) & (kFlagBitY | kFlagBitX)));
 }
 
 inline void LogicFlags(Machine& m, int r, int h) {
     m.A = r;
-    SetSZXYP(m, r);
-    m.FlagH = h;
-    m.FlagN = 0;
-    m.FlagC = 0;
+    SpreadFlags(m, SZXYPBits(r) | h);
 }
 
 inline void And8(Machine& m, int b) {
-    LogicFlags(m, m.A & b, 1);
+    LogicFlags(m, m.A & b, kFlagBitH);
 }
 inline void Or8(Machine& m, int b) {
     LogicFlags(m, m.A | b, 0);
@@ -146,23 +199,20 @@ inline void Alu8(Machine& m, int op, int b) {
     }
 }
 
+// INC and DEC leave C alone.
 inline int Inc8(Machine& m, int v) {
-    m.FlagH = (v & 15) == 15;
-    m.FlagP = v == 127;
-    m.FlagN = 0;
+    int f = ((v & 15) == 15 ? kFlagBitH : 0) | (v == 127 ? kFlagBitP : 0) | m.FlagC;
     int r = v + 1;
     if (r > 255) r -= 256;
-    SetSZXY(m, r);
+    SpreadFlags(m, f | SZXYBits(r));
     return r;
 }
 
 inline int Dec8(Machine& m, int v) {
-    m.FlagH = (v & 15) == 0;
-    m.FlagP = v == 128;
-    m.FlagN = 1;
+    int f = ((v & 15) == 0 ? kFlagBitH : 0) | (v == 128 ? kFlagBitP : 0) | kFlagBitN | m.FlagC;
     int r = v - 1;
     if (r < 0) r += 256;
-    SetSZXY(m, r);
+    SpreadFlags(m, f | SZXYBits(r));
     return r;
 }
 
@@ -277,19 +327,13 @@ inline int Shift8(Machine& m, int op, int v) {
             r = v >> 1;
             break;
     }
-    m.FlagC = c;
-    m.FlagH = 0;
-    m.FlagN = 0;
-    SetSZXYP(m, r);
+    SpreadFlags(m, SZXYPBits(r) | c);
     return r;
 }
 
 // BIT n: every flag but H, N and C comes from the masked value.
 inline void BitTest(Machine& m, int v, int n) {
-    const int masked = v & (1 << n);
-    SetSZXYP(m, masked);
-    m.FlagH = 1;
-    m.FlagN = 0;
+    SpreadFlags(m, SZXYPBits(v & (1 << n)) | kFlagBitH | m.FlagC);
 }
 
 }  // namespace mb

@@ -339,7 +339,7 @@ MB_ALWAYS_INLINE void BaseBlock2(Machine& m) {
     m.PC += 1;
 }
 
-// Opcodes C0-FF.
+// Opcodes C0-FF but the prefixes.
 template <int Op>
 MB_ALWAYS_INLINE void BaseBlock3(Machine& m) {
     constexpr int y = (Op >> 3) & 7, z = Op & 7, p = y >> 1, q = y & 1;
@@ -388,8 +388,6 @@ MB_ALWAYS_INLINE void BaseBlock3(Machine& m) {
             m.PC = Word(m, pc + 1);
             m.TStates = 10;
             InfiniteLoopTest(m, pc);
-        } else if constexpr (y == 1) {
-            exec::PrefixCB(m);
         } else if constexpr (y == 2) {  // OUT (n),A
             PortOut(m, Cell(m, pc + 1), m.A);
             m.TStates = 11;
@@ -436,16 +434,11 @@ MB_ALWAYS_INLINE void BaseBlock3(Machine& m) {
                 PushWord(m, GetRP<p>(m));
             m.TStates = 11;
             m.PC = pc + 1;
-        } else if constexpr (p == 0) {  // CALL nn
+        } else {  // CALL nn; the prefixes DD, ED and FD go to RunOpcode
+            static_assert(p == 0);
             PushWord(m, pc + 3);
             m.PC = Word(m, pc + 1);
             m.TStates = 17;
-        } else if constexpr (p == 1) {
-            exec::PrefixDD(m);
-        } else if constexpr (p == 2) {
-            exec::PrefixED(m);
-        } else {
-            exec::PrefixFD(m);
         }
     } else if constexpr (z == 6) {  // ALU A,n
         Alu8<y>(m, Cell(m, pc + 1));
@@ -469,23 +462,6 @@ MB_ALWAYS_INLINE void Base(Machine& m) {
     else
         BaseBlock3<Op>(m);
 }
-
-// One function per unprefixed opcode: each is a small leaf, so the cycle around
-// it needs no register saves and the dispatch is one indirect call.
-using OpcodeFunction = void (*)(Machine&);
-
-template <int Op>
-void RunOpcode(Machine& m) {
-    Base<Op>(m);
-}
-
-template <int... Ops>
-constexpr std::array<OpcodeFunction, 256> MakeOpcodeTable(std::integer_sequence<int, Ops...>) {
-    return {&RunOpcode<Ops>...};
-}
-
-constexpr std::array<OpcodeFunction, 256> kOpcodeTable =
-    MakeOpcodeTable(std::make_integer_sequence<int, 256>{});
 
 DecodedInstruction DecodeAt(const Machine& m, int address) {
     const DecodeOptions options{m.UnofficialEnabled != 0, m.RelativeBranchHex != 0};
@@ -513,12 +489,6 @@ MB_NOINLINE void RunEndStage(Machine& m) {
     if (m.EndStageMask & kEndStageModules) stage->ModuleRefresh(m);
 }
 
-// Step 8, the next text, and steps 9 to 14.
-MB_NOINLINE void FinishInstruction(Machine& m) {
-    if (m.TextMode) SetNextText(m);
-    if (m.EndStageMask) RunEndStage(m);
-}
-
 MB_NOINLINE void EnableInterruptsAfterEi(Machine& m) {
     m.EiPending = false;
     m.IFF1 = 1;
@@ -526,7 +496,41 @@ MB_NOINLINE void EnableInterruptsAfterEi(Machine& m) {
     m.IntCommandEnabled = true;
 }
 
+// One function per unprefixed opcode, each a small leaf that ends the
+// instruction itself, so the cycle reaches it with one indirect jump.
+using OpcodeFunction = void (*)(Machine&);
+
+template <int Op>
+void RunOpcode(Machine& m) {
+    if constexpr (Op == 0xCB) {
+        exec::kCbGroup[Cell(m, m.PC + 1)](m);
+    } else if constexpr (Op == 0xDD) {
+        exec::kDdGroup[Cell(m, m.PC + 1)](m);
+    } else if constexpr (Op == 0xFD) {
+        exec::kFdGroup[Cell(m, m.PC + 1)](m);
+    } else if constexpr (Op == 0xED) {
+        exec::PrefixED(m);
+    } else {
+        Base<Op>(m);
+        exec::EndInstruction(m);
+    }
+}
+
+template <int... Ops>
+constexpr std::array<OpcodeFunction, 256> MakeOpcodeTable(std::integer_sequence<int, Ops...>) {
+    return {&RunOpcode<Ops>...};
+}
+
+constexpr std::array<OpcodeFunction, 256> kOpcodeTable =
+    MakeOpcodeTable(std::make_integer_sequence<int, 256>{});
+
 }  // namespace
+
+// Step 8, the next text, and steps 9 to 14.
+MB_NOINLINE void exec::FinishInstruction(Machine& m) {
+    if (m.TextMode) SetNextText(m);
+    if (m.EndStageMask) RunEndStage(m);
+}
 
 void ExecuteInstruction(Machine& m) {
     // 1. The EI of the previous instruction takes effect now.
@@ -546,27 +550,8 @@ void ExecuteInstruction(Machine& m) {
     // overwrite its own bytes.
     if (textMode) [[unlikely]]
         SetCurrentText(m);
+    // 5 to 14 end the opcode's own function.
     kOpcodeTable[m.MemoryImage[m.PC] & 255](m);
-
-    // 5. With unofficial instructions off, X and Y always show their power-on value.
-    if (!m.UnofficialEnabled) {
-        const int pinned = exec::PinnedXY(m);
-        m.FlagX = pinned;
-        m.FlagY = pinned;
-        m.AltFlagX = pinned;
-        m.AltFlagY = pinned;
-    }
-
-    // 6, 7.
-    m.InstructionCount = exec::Wrap32(m.InstructionCount, 1);
-    m.ClockCycles = exec::Wrap32(m.ClockCycles, m.TStates);
-    m.HaltState = m.HaltThisInstruction;
-    if (m.PC > 65535) [[unlikely]]
-        m.PC -= 65536;
-
-    // 8 to 14, behind one test when there is nothing to do.
-    if (m.TextMode | m.EndStageMask) [[unlikely]]
-        FinishInstruction(m);
 }
 
 }  // namespace mb

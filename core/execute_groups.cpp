@@ -316,7 +316,7 @@ void IndexCbGroup(Machine& m, int idx) {
 // nothing, for an opcode the group does not decode or an unofficial one while
 // unofficial instructions are off.
 template <int Op, bool UseIY>
-void IndexOp(Machine& m) {
+MB_ALWAYS_INLINE void IndexOp(Machine& m) {
     constexpr int x = Op >> 6, y = (Op >> 3) & 7, z = Op & 7, p = y >> 1;
     constexpr bool halfLoad =
         x == 1 && Op != 0x76 && z != 6 && y != 6 && (y == 4 || y == 5 || z == 4 || z == 5);
@@ -425,7 +425,7 @@ void IndexOp(Machine& m) {
 // ---- CB group ----
 
 template <int Op>
-void CbOp(Machine& m) {
+MB_ALWAYS_INLINE void CbOp(Machine& m) {
     constexpr int x = Op >> 6, y = (Op >> 3) & 7, z = Op & 7;
     if constexpr (x == 0 && y == 6) {  // SLL
         if (!m.UnofficialEnabled) {
@@ -462,23 +462,6 @@ void CbOp(Machine& m) {
     }
     m.PC = pc + 2;
 }
-
-using GroupFunction = void (*)(Machine&);
-using GroupTable = std::array<GroupFunction, 256>;
-
-template <int... Ops>
-constexpr GroupTable MakeCbTable(std::integer_sequence<int, Ops...>) {
-    return {&CbOp<Ops>...};
-}
-
-template <bool UseIY, int... Ops>
-constexpr GroupTable MakeIndexTable(std::integer_sequence<int, Ops...>) {
-    return {&IndexOp<Ops, UseIY>...};
-}
-
-constexpr GroupTable kCbTable = MakeCbTable(std::make_integer_sequence<int, 256>{});
-constexpr GroupTable kDdTable = MakeIndexTable<false>(std::make_integer_sequence<int, 256>{});
-constexpr GroupTable kFdTable = MakeIndexTable<true>(std::make_integer_sequence<int, 256>{});
 
 void EdGroup(Machine& m) {
     const int op = Cell(m, m.PC + 1);
@@ -519,30 +502,47 @@ MB_NOINLINE void Fallback(Machine& m) {
     }
 }
 
-template <int Prefix>
-MB_ALWAYS_INLINE void RunPrefix(Machine& m, const GroupTable& table) {
+// A whole DD/FD or CB instruction: the group's opcode, the fallback when the
+// group does not decode it, and the end of the cycle.
+template <int Op, bool UseIY>
+void IndexInstruction(Machine& m) {
     RaiseR(m);
-    table[Cell(m, m.PC + 1)](m);
+    IndexOp<Op, UseIY>(m);
     if (!m.PrefixRecognised) [[unlikely]]
-        Fallback<Prefix>(m);
+        Fallback<UseIY ? 0xFD : 0xDD>(m);
+    EndInstruction(m);
+}
+
+template <int Op>
+void CbInstruction(Machine& m) {
+    RaiseR(m);
+    CbOp<Op>(m);
+    if (!m.PrefixRecognised) [[unlikely]]
+        Fallback<0xCB>(m);
+    EndInstruction(m);
+}
+
+template <int... Ops>
+constexpr GroupTable MakeCbTable(std::integer_sequence<int, Ops...>) {
+    return {&CbInstruction<Ops>...};
+}
+
+template <bool UseIY, int... Ops>
+constexpr GroupTable MakeIndexTable(std::integer_sequence<int, Ops...>) {
+    return {&IndexInstruction<Ops, UseIY>...};
 }
 
 }  // namespace
 
-void PrefixCB(Machine& m) {
-    RunPrefix<0xCB>(m, kCbTable);
-}
-void PrefixDD(Machine& m) {
-    RunPrefix<0xDD>(m, kDdTable);
-}
-void PrefixFD(Machine& m) {
-    RunPrefix<0xFD>(m, kFdTable);
-}
+constexpr GroupTable kCbGroup = MakeCbTable(std::make_integer_sequence<int, 256>{});
+constexpr GroupTable kDdGroup = MakeIndexTable<false>(std::make_integer_sequence<int, 256>{});
+constexpr GroupTable kFdGroup = MakeIndexTable<true>(std::make_integer_sequence<int, 256>{});
 
 void PrefixED(Machine& m) {
     RaiseR(m);
     EdGroup(m);
     if (!m.PrefixRecognised) Fallback<0xED>(m);
+    EndInstruction(m);
 }
 
 }  // namespace mb::exec

@@ -2,6 +2,8 @@
 // (execute_groups.cpp). Not part of the core's interface.
 #pragma once
 
+#include <array>
+
 #include "access.h"
 #include "machine.h"
 
@@ -92,13 +94,46 @@ inline int ExchangeStackTop(Machine& m, int value) {
     return old;
 }
 
-// The prefixes CB, ED, DD and FD, entered with PC on the (first) prefix and R
-// raised once. Each raises R again, runs its group, and when the group does not
-// decode the opcode (PrefixRecognised 0) applies the fallback of undecoded
-// prefixes.
-void PrefixCB(Machine& m);
+// Steps 8 to 14 of the cycle, behind the one test of EndInstruction.
+void FinishInstruction(Machine& m);
+
+// Steps 5 to 14, compiled into every instruction function so that the
+// instruction's constants (its T-states, its PC step) fold into them.
+MB_ALWAYS_INLINE void EndInstruction(Machine& m) {
+    // 5. With unofficial instructions off, X and Y always show their power-on value.
+    if (!m.UnofficialEnabled) {
+        const int pinned = PinnedXY(m);
+        m.FlagX = pinned;
+        m.FlagY = pinned;
+        m.AltFlagX = pinned;
+        m.AltFlagY = pinned;
+    }
+
+    // 6, 7.
+    m.InstructionCount = Wrap32(m.InstructionCount, 1);
+    m.ClockCycles = Wrap32(m.ClockCycles, m.TStates);
+    m.HaltState = m.HaltThisInstruction;
+    if (m.PC > 65535) [[unlikely]]
+        m.PC -= 65536;
+
+    // 8 to 14.
+    if (m.TextMode | m.EndStageMask) [[unlikely]]
+        FinishInstruction(m);
+}
+
+// One function per opcode of a group, each running the whole instruction from
+// its prefix to the end of the cycle, so that an opcode costs one indirect jump
+// per table. Entered with PC on the (first) prefix and R raised once; the group
+// raises R again and, when it does not decode the opcode (PrefixRecognised 0),
+// applies the fallback of undecoded prefixes.
+using InstructionFunction = void (*)(Machine&);
+using GroupTable = std::array<InstructionFunction, 256>;
+
+extern const GroupTable kCbGroup;  // by the byte after CB
+extern const GroupTable kDdGroup;  // by the byte after DD
+extern const GroupTable kFdGroup;  // by the byte after FD
+
+// The ED group decodes at run time.
 void PrefixED(Machine& m);
-void PrefixDD(Machine& m);
-void PrefixFD(Machine& m);
 
 }  // namespace mb::exec

@@ -37,31 +37,9 @@ int ComposeFlags(const Machine& m) {
            m.FlagN * 2 + m.FlagC;
 }
 
-void SpreadFlags(Machine& m, int b) {
-    m.FlagS = (b >> 7) & 1;
-    m.FlagZ = (b >> 6) & 1;
-    m.FlagY = (b >> 5) & 1;
-    m.FlagH = (b >> 4) & 1;
-    m.FlagX = (b >> 3) & 1;
-    m.FlagP = (b >> 2) & 1;
-    m.FlagN = (b >> 1) & 1;
-    m.FlagC = b & 1;
-}
-
 int ComposeAltFlags(const Machine& m) {
     return m.AltFlagS * 128 + m.AltFlagZ * 64 + m.AltFlagY * 32 + m.AltFlagH * 16 + m.AltFlagX * 8 +
            m.AltFlagP * 4 + m.AltFlagN * 2 + m.AltFlagC;
-}
-
-void SpreadAltFlags(Machine& m, int b) {
-    m.AltFlagS = (b >> 7) & 1;
-    m.AltFlagZ = (b >> 6) & 1;
-    m.AltFlagY = (b >> 5) & 1;
-    m.AltFlagH = (b >> 4) & 1;
-    m.AltFlagX = (b >> 3) & 1;
-    m.AltFlagP = (b >> 2) & 1;
-    m.AltFlagN = (b >> 1) & 1;
-    m.AltFlagC = b & 1;
 }
 
 }  // namespace mb

@@ -512,7 +512,7 @@ void RunOpcode(Machine& m) {
         exec::PrefixED(m);
     } else {
         Base<Op>(m);
-        exec::EndInstruction(m);
+        exec::EndInstruction<Op == 0x76>(m);
     }
 }
 
@@ -532,26 +532,46 @@ MB_NOINLINE void exec::FinishInstruction(Machine& m) {
     if (m.EndStageMask) RunEndStage(m);
 }
 
-void ExecuteInstruction(Machine& m) {
-    // 1. The EI of the previous instruction takes effect now.
-    if (m.EiPending) [[unlikely]]
-        EnableInterruptsAfterEi(m);
+namespace {
 
+// Steps 2 to 4; the opcode's function then ends the instruction. The text mode
+// is a template argument so that the Ultimate path carries no text work.
+template <bool WithText>
+MB_ALWAYS_INLINE void StartInstruction(Machine& m) {
     // 2, 3.
-    const int textMode = m.SimulationRate != kRateUltimate;
     m.HaltThisInstruction = 0;
-    m.TextMode = textMode;
-    if (static_cast<unsigned>(m.PC) > 65535u) [[unlikely]]
-        m.PC &= 0xFFFF;  // a PC set out of range from outside the cycle
-    m.InstructionPC = m.PC;
+    m.TextMode = WithText;
+    unsigned pc = static_cast<unsigned>(m.PC);
+    if (pc > 65535u) [[unlikely]] {
+        pc &= 0xFFFF;  // a PC set out of range from outside the cycle
+        m.PC = static_cast<int>(pc);
+    }
+    m.InstructionPC = static_cast<int>(pc);
     exec::RaiseR(m);
 
     // 4. The text is taken from memory before the instruction can change PC or
     // overwrite its own bytes.
-    if (textMode) [[unlikely]]
-        SetCurrentText(m);
-    // 5 to 14 end the opcode's own function.
-    kOpcodeTable[m.MemoryImage[m.PC] & 255](m);
+    if constexpr (WithText) SetCurrentText(m);
+    kOpcodeTable[m.MemoryImage[pc] & 255](m);
+}
+
+// Every instruction that has a pending EI or builds texts.
+MB_NOINLINE void ExecuteSlowStart(Machine& m) {
+    // 1. The EI of the previous instruction takes effect now.
+    if (m.EiPending) EnableInterruptsAfterEi(m);
+    if (m.SimulationRate != kRateUltimate)
+        StartInstruction<true>(m);
+    else
+        StartInstruction<false>(m);
+}
+
+}  // namespace
+
+void ExecuteInstruction(Machine& m) {
+    if ((m.SimulationRate != kRateUltimate) | m.EiPending) [[unlikely]]
+        ExecuteSlowStart(m);
+    else
+        StartInstruction<false>(m);
 }
 
 }  // namespace mb

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <string>
 
 #include "access.h"
 #include "machine.h"
@@ -15,7 +16,7 @@ namespace mb::exec {
 // An opcode or operand byte, read directly. Operands are bytes: a cell holding
 // the 256 that PushWord may store reads as 0.
 MB_ALWAYS_INLINE int Cell(const Machine& m, int address) {
-    return m.MemoryImage[address] & 255;
+    return m.MemoryImage[static_cast<unsigned>(address)] & 255;
 }
 
 // A little-endian operand word at address.
@@ -79,8 +80,11 @@ MB_ALWAYS_INLINE void LowerR(Machine& m) {
 }
 
 // The value X and Y are pinned to while unofficial instructions are off.
+// Compared by hand, without a library call, so that the instruction functions
+// need no register saves.
 MB_ALWAYS_INLINE int PinnedXY(const Machine& m) {
-    return (m.FFPowerOnDefaults.size() == 3 && m.FFPowerOnDefaults == "OFF") ? 0 : 1;
+    const std::string& ff = m.FFPowerOnDefaults;
+    return (ff.size() == 3 && ff[0] == 'O' && ff[1] == 'F' && ff[2] == 'F') ? 0 : 1;
 }
 
 // EX (SP),rr: the stack bytes are read directly, then written through
@@ -98,7 +102,9 @@ inline int ExchangeStackTop(Machine& m, int value) {
 void FinishInstruction(Machine& m);
 
 // Steps 5 to 14, compiled into every instruction function so that the
-// instruction's constants (its T-states, its PC step) fold into them.
+// instruction's constants (its T-states, its PC step) fold into them. Only HALT
+// sets HaltThisInstruction, so every other instruction ends with HaltState 0.
+template <bool MayHalt = false>
 MB_ALWAYS_INLINE void EndInstruction(Machine& m) {
     // 5. With unofficial instructions off, X and Y always show their power-on value.
     if (!m.UnofficialEnabled) {
@@ -112,7 +118,7 @@ MB_ALWAYS_INLINE void EndInstruction(Machine& m) {
     // 6, 7.
     m.InstructionCount = Wrap32(m.InstructionCount, 1);
     m.ClockCycles = Wrap32(m.ClockCycles, m.TStates);
-    m.HaltState = m.HaltThisInstruction;
+    m.HaltState = MayHalt ? m.HaltThisInstruction : 0;
     if (m.PC > 65535) [[unlikely]]
         m.PC -= 65536;
 

@@ -145,23 +145,23 @@ void PortOutHooked(Machine& m, int port, int value);
 inline int MemoryRead(Machine& m, int address) {
     if (m.AccessHookMask & kMemoryReadHooks) return MemoryReadHooked(m, address);
     m.LastReadAddress = address;
-    return m.MemoryImage[address];
+    return m.MemoryImage[static_cast<unsigned>(address)];
 }
 
 inline void MemoryWrite(Machine& m, int address, int value) {
     if (m.AccessHookMask & kMemoryWriteHooks) return MemoryWriteHooked(m, address, value);
-    m.MemoryImage[address] = value;
+    m.MemoryImage[static_cast<unsigned>(address)] = value;
     m.LastWriteAddress = address;
 }
 
 inline int PortIn(Machine& m, int port) {
     if (m.AccessHookMask & kPortHooks) return PortInHooked(m, port);
-    return m.PortImage[port];
+    return m.PortImage[static_cast<unsigned>(port)];
 }
 
 inline void PortOut(Machine& m, int port, int value) {
     if (m.AccessHookMask & kPortHooks) return PortOutHooked(m, port, value);
-    m.PortImage[port] = value;
+    m.PortImage[static_cast<unsigned>(port)] = value;
 }
 
 // One #sim / #simio row of the listing.

@@ -5,6 +5,11 @@
 #include <array>
 #include <utility>
 
+// Scalar stores are cheaper here than the vector packing of neighbouring fields.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC optimize("no-tree-slp-vectorize")
+#endif
+
 #include "access.h"
 #include "alu.h"
 #include "execute.h"
@@ -316,7 +321,7 @@ void IndexCbGroup(Machine& m, int idx) {
 // nothing, for an opcode the group does not decode or an unofficial one while
 // unofficial instructions are off.
 template <int Op, bool UseIY>
-MB_ALWAYS_INLINE void IndexOp(Machine& m) {
+MB_ALWAYS_INLINE bool IndexOp(Machine& m) {
     constexpr int x = Op >> 6, y = (Op >> 3) & 7, z = Op & 7, p = y >> 1;
     constexpr bool halfLoad =
         x == 1 && Op != 0x76 && z != 6 && y != 6 && (y == 4 || y == 5 || z == 4 || z == 5);
@@ -327,10 +332,7 @@ MB_ALWAYS_INLINE void IndexOp(Machine& m) {
     int& idx = UseIY ? m.IY : m.IX;
     const int pc = m.PC;
     if constexpr (unofficialOp) {
-        if (!m.UnofficialEnabled) {
-            Unrecognised(m);
-            return;
-        }
+        if (!m.UnofficialEnabled) return Unrecognised(m);
     }
     m.PrefixRecognised = 1;
     if constexpr ((Op & 0xCF) == 0x09) {  // ADD idx,rr; the pair 2 is idx itself
@@ -417,21 +419,20 @@ MB_ALWAYS_INLINE void IndexOp(Machine& m) {
         m.PC = pc + 2;
     } else if constexpr (Op == 0xCB) {
         IndexCbGroup(m, idx);
+        return m.PrefixRecognised != 0;
     } else {
-        Unrecognised(m);
+        return Unrecognised(m);
     }
+    return true;
 }
 
 // ---- CB group ----
 
 template <int Op>
-MB_ALWAYS_INLINE void CbOp(Machine& m) {
+MB_ALWAYS_INLINE bool CbOp(Machine& m) {
     constexpr int x = Op >> 6, y = (Op >> 3) & 7, z = Op & 7;
     if constexpr (x == 0 && y == 6) {  // SLL
-        if (!m.UnofficialEnabled) {
-            Unrecognised(m);
-            return;
-        }
+        if (!m.UnofficialEnabled) return Unrecognised(m);
     }
     m.PrefixRecognised = 1;
     const int pc = m.PC;
@@ -461,6 +462,7 @@ MB_ALWAYS_INLINE void CbOp(Machine& m) {
         m.TStates = 8;
     }
     m.PC = pc + 2;
+    return true;
 }
 
 void EdGroup(Machine& m) {
@@ -507,8 +509,7 @@ MB_NOINLINE void Fallback(Machine& m) {
 template <int Op, bool UseIY>
 void IndexInstruction(Machine& m) {
     RaiseR(m);
-    IndexOp<Op, UseIY>(m);
-    if (!m.PrefixRecognised) [[unlikely]]
+    if (!IndexOp<Op, UseIY>(m)) [[unlikely]]
         Fallback<UseIY ? 0xFD : 0xDD>(m);
     EndInstruction(m);
 }
@@ -516,8 +517,7 @@ void IndexInstruction(Machine& m) {
 template <int Op>
 void CbInstruction(Machine& m) {
     RaiseR(m);
-    CbOp<Op>(m);
-    if (!m.PrefixRecognised) [[unlikely]]
+    if (!CbOp<Op>(m)) [[unlikely]]
         Fallback<0xCB>(m);
     EndInstruction(m);
 }

@@ -39,8 +39,9 @@ MB_ALWAYS_INLINE int Wrap32(int counter, int add) {
     return static_cast<int>(static_cast<unsigned>(counter) + static_cast<unsigned>(add));
 }
 
+// A displacement byte (0..255) as -128..127.
 MB_ALWAYS_INLINE int Signed8(int v) {
-    return v < 128 ? v : v - 256;
+    return static_cast<signed char>(v);
 }
 
 // The 8-bit registers by their 3-bit code: B C D E H L (HL) A. Code 6 is memory
@@ -73,7 +74,10 @@ inline int& Reg8(Machine& m, int code) {
 
 // IncrementR and DecrementR for the hot path: R counts in its low seven bits.
 MB_ALWAYS_INLINE void RaiseR(Machine& m) {
-    m.R = (m.R & 128) | ((m.R + 1) & 127);
+    int r = m.R + 1;
+    if ((r & 127) == 0) [[unlikely]]
+        r -= 128;
+    m.R = r;
 }
 MB_ALWAYS_INLINE void LowerR(Machine& m) {
     m.R = (m.R & 128) | ((m.R - 1) & 127);

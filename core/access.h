@@ -142,25 +142,38 @@ void MemoryWriteHooked(Machine& m, int address, int value);
 int PortInHooked(Machine& m, int port);
 void PortOutHooked(Machine& m, int port, int value);
 
+// How an instruction reaches the data paths: with the hook test at every access
+// (kChecked, the form for everyone else), or straight to the arrays (kBare).
+// An instruction takes the bare form only when it finds the mask clear at its
+// start; nothing but a hook changes the mask, so it meets no hook on its way.
+enum class Paths { kChecked, kBare };
+
+template <Paths P = Paths::kChecked>
 inline int MemoryRead(Machine& m, int address) {
-    if (m.AccessHookMask & kMemoryReadHooks) return MemoryReadHooked(m, address);
+    if (P == Paths::kChecked && (m.AccessHookMask & kMemoryReadHooks))
+        return MemoryReadHooked(m, address);
     m.LastReadAddress = address;
     return m.MemoryImage[static_cast<unsigned>(address)];
 }
 
+template <Paths P = Paths::kChecked>
 inline void MemoryWrite(Machine& m, int address, int value) {
-    if (m.AccessHookMask & kMemoryWriteHooks) return MemoryWriteHooked(m, address, value);
+    if (P == Paths::kChecked && (m.AccessHookMask & kMemoryWriteHooks))
+        return MemoryWriteHooked(m, address, value);
     m.MemoryImage[static_cast<unsigned>(address)] = value;
     m.LastWriteAddress = address;
 }
 
+template <Paths P = Paths::kChecked>
 inline int PortIn(Machine& m, int port) {
-    if (m.AccessHookMask & kPortHooks) return PortInHooked(m, port);
+    if (P == Paths::kChecked && (m.AccessHookMask & kPortHooks)) return PortInHooked(m, port);
     return m.PortImage[static_cast<unsigned>(port)];
 }
 
+template <Paths P = Paths::kChecked>
 inline void PortOut(Machine& m, int port, int value) {
-    if (m.AccessHookMask & kPortHooks) return PortOutHooked(m, port, value);
+    if (P == Paths::kChecked && (m.AccessHookMask & kPortHooks))
+        return PortOutHooked(m, port, value);
     m.PortImage[static_cast<unsigned>(port)] = value;
 }
 

@@ -174,7 +174,7 @@ MB_ALWAYS_INLINE void RotateA(Machine& m) {
 }
 
 // Opcodes 00-3F.
-template <int Op>
+template <int Op, Paths P>
 MB_ALWAYS_INLINE void BaseBlock0(Machine& m) {
     constexpr int y = (Op >> 3) & 7, z = Op & 7, p = y >> 1, q = y & 1;
     const int pc = m.PC;
@@ -225,28 +225,28 @@ MB_ALWAYS_INLINE void BaseBlock0(Machine& m) {
         if constexpr (p == 0 || p == 1) {  // LD (BC),A  LD (DE),A  LD A,(BC)  LD A,(DE)
             const int address = Addr(GetRP<p>(m));
             if constexpr (q == 0)
-                MemoryWrite(m, address, m.A);
+                MemoryWrite<P>(m, address, m.A);
             else
-                m.A = MemoryRead(m, address);
+                m.A = MemoryRead<P>(m, address);
             m.TStates = 7;
             m.PC = pc + 1;
         } else if constexpr (p == 2) {  // LD (nn),HL  LD HL,(nn): low byte first
             const int nn = Word(m, pc + 1);
             if constexpr (q == 0) {
-                MemoryWrite(m, Addr(nn), m.L);
-                MemoryWrite(m, Addr(nn + 1), m.H);
+                MemoryWrite<P>(m, Addr(nn), m.L);
+                MemoryWrite<P>(m, Addr(nn + 1), m.H);
             } else {
-                m.L = MemoryRead(m, Addr(nn));
-                m.H = MemoryRead(m, Addr(nn + 1));
+                m.L = MemoryRead<P>(m, Addr(nn));
+                m.H = MemoryRead<P>(m, Addr(nn + 1));
             }
             m.TStates = 16;
             m.PC = pc + 3;
         } else {  // LD (nn),A  LD A,(nn)
             const int address = Addr(Word(m, pc + 1));
             if constexpr (q == 0)
-                MemoryWrite(m, address, m.A);
+                MemoryWrite<P>(m, address, m.A);
             else
-                m.A = MemoryRead(m, address);
+                m.A = MemoryRead<P>(m, address);
             m.TStates = 13;
             m.PC = pc + 3;
         }
@@ -260,8 +260,8 @@ MB_ALWAYS_INLINE void BaseBlock0(Machine& m) {
     } else if constexpr (z == 4 || z == 5) {  // INC r  DEC r
         if constexpr (y == 6) {
             const int address = Addr(RegHL(m));
-            const int v = MemoryRead(m, address);
-            MemoryWrite(m, address, z == 4 ? Inc8(m, v) : Dec8(m, v));
+            const int v = MemoryRead<P>(m, address);
+            MemoryWrite<P>(m, address, z == 4 ? Inc8(m, v) : Dec8(m, v));
             m.TStates = 11;
         } else {
             int& r = Reg8<y>(m);
@@ -272,7 +272,7 @@ MB_ALWAYS_INLINE void BaseBlock0(Machine& m) {
     } else if constexpr (z == 6) {  // LD r,n
         const int n = Cell(m, pc + 1);
         if constexpr (y == 6) {
-            MemoryWrite(m, Addr(RegHL(m)), n);
+            MemoryWrite<P>(m, Addr(RegHL(m)), n);
             m.TStates = 10;
         } else {
             Reg8<y>(m) = n;
@@ -306,17 +306,17 @@ MB_ALWAYS_INLINE void BaseBlock0(Machine& m) {
 }
 
 // Opcodes 40-7F: LD r,r' and HALT.
-template <int Op>
+template <int Op, Paths P>
 MB_ALWAYS_INLINE void BaseBlock1(Machine& m) {
     constexpr int y = (Op >> 3) & 7, z = Op & 7;
     if constexpr (Op == 0x76) {
         Halt(m);  // PC stays on the HALT
         return;
     } else if constexpr (z == 6) {
-        Reg8<y>(m) = MemoryRead(m, Addr(RegHL(m)));
+        Reg8<y>(m) = MemoryRead<P>(m, Addr(RegHL(m)));
         m.TStates = 7;
     } else if constexpr (y == 6) {
-        MemoryWrite(m, Addr(RegHL(m)), Reg8<z>(m));
+        MemoryWrite<P>(m, Addr(RegHL(m)), Reg8<z>(m));
         m.TStates = 7;
     } else {
         Reg8<y>(m) = Reg8<z>(m);
@@ -326,11 +326,11 @@ MB_ALWAYS_INLINE void BaseBlock1(Machine& m) {
 }
 
 // Opcodes 80-BF: the accumulator operations on r or (HL).
-template <int Op>
+template <int Op, Paths P>
 MB_ALWAYS_INLINE void BaseBlock2(Machine& m) {
     constexpr int y = (Op >> 3) & 7, z = Op & 7;
     if constexpr (z == 6) {
-        Alu8<y>(m, MemoryRead(m, Addr(RegHL(m))));
+        Alu8<y>(m, MemoryRead<P>(m, Addr(RegHL(m))));
         m.TStates = 7;
     } else {
         Alu8<y>(m, Reg8<z>(m));
@@ -340,7 +340,7 @@ MB_ALWAYS_INLINE void BaseBlock2(Machine& m) {
 }
 
 // Opcodes C0-FF but the prefixes.
-template <int Op>
+template <int Op, Paths P>
 MB_ALWAYS_INLINE void BaseBlock3(Machine& m) {
     constexpr int y = (Op >> 3) & 7, z = Op & 7, p = y >> 1, q = y & 1;
     const int pc = m.PC;
@@ -389,16 +389,16 @@ MB_ALWAYS_INLINE void BaseBlock3(Machine& m) {
             m.TStates = 10;
             InfiniteLoopTest(m, pc);
         } else if constexpr (y == 2) {  // OUT (n),A
-            PortOut(m, Cell(m, pc + 1), m.A);
+            PortOut<P>(m, Cell(m, pc + 1), m.A);
             m.TStates = 11;
             m.PC = pc + 2;
         } else if constexpr (y == 3) {  // IN A,(n)
             m.PrevA = m.A;
-            m.A = PortIn(m, Cell(m, pc + 1));
+            m.A = PortIn<P>(m, Cell(m, pc + 1));
             m.TStates = 11;
             m.PC = pc + 2;
         } else if constexpr (y == 4) {  // EX (SP),HL
-            SetHL(m, exec::ExchangeStackTop(m, RegHL(m)));
+            SetHL(m, exec::ExchangeStackTop<P>(m, RegHL(m)));
             m.TStates = 19;
             m.PC = pc + 1;
         } else if constexpr (y == 5) {  // EX DE,HL
@@ -451,16 +451,16 @@ MB_ALWAYS_INLINE void BaseBlock3(Machine& m) {
     }
 }
 
-template <int Op>
+template <int Op, Paths P>
 MB_ALWAYS_INLINE void Base(Machine& m) {
     if constexpr (Op < 0x40)
-        BaseBlock0<Op>(m);
+        BaseBlock0<Op, P>(m);
     else if constexpr (Op < 0x80)
-        BaseBlock1<Op>(m);
+        BaseBlock1<Op, P>(m);
     else if constexpr (Op < 0xC0)
-        BaseBlock2<Op>(m);
+        BaseBlock2<Op, P>(m);
     else
-        BaseBlock3<Op>(m);
+        BaseBlock3<Op, P>(m);
 }
 
 DecodedInstruction DecodeAt(const Machine& m, int address) {
@@ -500,6 +500,21 @@ MB_NOINLINE void EnableInterruptsAfterEi(Machine& m) {
 // instruction itself, so the cycle reaches it with one indirect jump.
 using OpcodeFunction = void (*)(Machine&);
 
+// Whether an unprefixed opcode reaches memory or ports through the data paths.
+constexpr bool UsesDataPaths(int op) {
+    const int y = (op >> 3) & 7, z = op & 7;
+    if (op < 0x40) return z == 2 || (y == 6 && (z == 4 || z == 5 || z == 6));
+    if (op < 0x80) return op != 0x76 && (z == 6 || y == 6);
+    if (op < 0xC0) return z == 6;
+    return op == 0xD3 || op == 0xDB || op == 0xE3;  // OUT (n),A  IN A,(n)  EX (SP),HL
+}
+
+template <int Op, Paths P>
+MB_ALWAYS_INLINE void RunBase(Machine& m) {
+    Base<Op, P>(m);
+    exec::EndInstruction<Op == 0x76>(m);
+}
+
 template <int Op>
 void RunOpcode(Machine& m) {
     if constexpr (Op == 0xCB) {
@@ -511,8 +526,8 @@ void RunOpcode(Machine& m) {
     } else if constexpr (Op == 0xED) {
         exec::PrefixED(m);
     } else {
-        Base<Op>(m);
-        exec::EndInstruction<Op == 0x76>(m);
+        exec::RunOnPaths<UsesDataPaths(Op), &RunBase<Op, Paths::kBare>,
+                         &RunBase<Op, Paths::kChecked>>(m);
     }
 }
 

@@ -320,7 +320,7 @@ void IndexCbGroup(Machine& m, int idx) {
 // One DD (UseIY false) or FD opcode. Sets PrefixRecognised to 0, changing
 // nothing, for an opcode the group does not decode or an unofficial one while
 // unofficial instructions are off.
-template <int Op, bool UseIY>
+template <int Op, bool UseIY, Paths P>
 MB_ALWAYS_INLINE bool IndexOp(Machine& m) {
     constexpr int x = Op >> 6, y = (Op >> 3) & 7, z = Op & 7, p = y >> 1;
     constexpr bool halfLoad =
@@ -345,14 +345,14 @@ MB_ALWAYS_INLINE bool IndexOp(Machine& m) {
         m.PC = pc + 4;
     } else if constexpr (Op == 0x22) {
         const int nn = Word(m, pc + 2);
-        MemoryWrite(m, Addr(nn), idx % 256);
-        MemoryWrite(m, Addr(nn + 1), idx / 256);
+        MemoryWrite<P>(m, Addr(nn), idx % 256);
+        MemoryWrite<P>(m, Addr(nn + 1), idx / 256);
         m.TStates = 20;
         m.PC = pc + 4;
     } else if constexpr (Op == 0x2A) {
         const int nn = Word(m, pc + 2);
-        const int low = MemoryRead(m, Addr(nn));
-        idx = low + MemoryRead(m, Addr(nn + 1)) * 256;
+        const int low = MemoryRead<P>(m, Addr(nn));
+        idx = low + MemoryRead<P>(m, Addr(nn + 1)) * 256;
         m.TStates = 20;
         m.PC = pc + 4;
     } else if constexpr (Op == 0x23 || Op == 0x2B) {
@@ -361,12 +361,12 @@ MB_ALWAYS_INLINE bool IndexOp(Machine& m) {
         m.PC = pc + 2;
     } else if constexpr (Op == 0x34 || Op == 0x35) {
         const int address = IndexedAddress(m, idx);
-        const int v = MemoryRead(m, address);
-        MemoryWrite(m, address, Op == 0x34 ? Inc8(m, v) : Dec8(m, v));
+        const int v = MemoryRead<P>(m, address);
+        MemoryWrite<P>(m, address, Op == 0x34 ? Inc8(m, v) : Dec8(m, v));
         m.TStates = 23;
         m.PC = pc + 3;
     } else if constexpr (Op == 0x36) {
-        MemoryWrite(m, IndexedAddress(m, idx), Cell(m, pc + 3));
+        MemoryWrite<P>(m, IndexedAddress(m, idx), Cell(m, pc + 3));
         m.TStates = 19;
         m.PC = pc + 4;
     } else if constexpr (halfIncDec) {  // INC/DEC IXh, IXl
@@ -379,11 +379,11 @@ MB_ALWAYS_INLINE bool IndexOp(Machine& m) {
         m.TStates = 11;
         m.PC = pc + 3;
     } else if constexpr (x == 1 && Op != 0x76 && z == 6) {  // LD r,(idx+d) with the real H and L
-        Reg8<y>(m) = MemoryRead(m, IndexedAddress(m, idx));
+        Reg8<y>(m) = MemoryRead<P>(m, IndexedAddress(m, idx));
         m.TStates = 19;
         m.PC = pc + 3;
     } else if constexpr (x == 1 && Op != 0x76 && y == 6) {  // LD (idx+d),r
-        MemoryWrite(m, IndexedAddress(m, idx), Reg8<z>(m));
+        MemoryWrite<P>(m, IndexedAddress(m, idx), Reg8<z>(m));
         m.TStates = 19;
         m.PC = pc + 3;
     } else if constexpr (halfLoad) {
@@ -391,7 +391,7 @@ MB_ALWAYS_INLINE bool IndexOp(Machine& m) {
         m.TStates = 8;
         m.PC = pc + 2;
     } else if constexpr (x == 2 && z == 6) {
-        Alu8<y>(m, MemoryRead(m, IndexedAddress(m, idx)));
+        Alu8<y>(m, MemoryRead<P>(m, IndexedAddress(m, idx)));
         m.TStates = 19;
         m.PC = pc + 3;
     } else if constexpr (halfAlu) {
@@ -407,7 +407,7 @@ MB_ALWAYS_INLINE bool IndexOp(Machine& m) {
         m.TStates = 15;
         m.PC = pc + 2;
     } else if constexpr (Op == 0xE3) {
-        idx = ExchangeStackTop(m, idx);
+        idx = ExchangeStackTop<P>(m, idx);
         m.TStates = 23;
         m.PC = pc + 2;
     } else if constexpr (Op == 0xE9) {  // JP (idx): no infinite-loop test
@@ -428,7 +428,7 @@ MB_ALWAYS_INLINE bool IndexOp(Machine& m) {
 
 // ---- CB group ----
 
-template <int Op>
+template <int Op, Paths P>
 MB_ALWAYS_INLINE bool CbOp(Machine& m) {
     constexpr int x = Op >> 6, y = (Op >> 3) & 7, z = Op & 7;
     if constexpr (x == 0 && y == 6) {  // SLL
@@ -438,15 +438,15 @@ MB_ALWAYS_INLINE bool CbOp(Machine& m) {
     const int pc = m.PC;
     if constexpr (z == 6) {
         const int address = Addr(RegHL(m));
-        const int v = MemoryRead(m, address);
+        const int v = MemoryRead<P>(m, address);
         if constexpr (x == 1) {
             BitTest(m, v, y);
             m.TStates = 12;
         } else {
-            MemoryWrite(m, address,
-                        x == 0   ? Shift8(m, y, v)
-                        : x == 2 ? ResetBit(v, y)
-                                 : SetBit(v, y));
+            MemoryWrite<P>(m, address,
+                           x == 0   ? Shift8(m, y, v)
+                           : x == 2 ? ResetBit(v, y)
+                                    : SetBit(v, y));
             m.TStates = 15;
         }
     } else {
@@ -504,22 +504,46 @@ MB_NOINLINE void Fallback(Machine& m) {
     }
 }
 
+// Whether a DD/FD or CB opcode reaches memory through the data paths (DDCB
+// decodes at run time and always takes the checked paths).
+constexpr bool IndexUsesDataPaths(int op) {
+    const int x = op >> 6, y = (op >> 3) & 7, z = op & 7;
+    if (op == 0x22 || op == 0x2A || op == 0x34 || op == 0x35 || op == 0x36 || op == 0xE3)
+        return true;
+    return (x == 1 && op != 0x76 && (z == 6 || y == 6)) || (x == 2 && z == 6);
+}
+
+constexpr bool CbUsesDataPaths(int op) {
+    return (op & 7) == 6;
+}
+
 // A whole DD/FD or CB instruction: the group's opcode, the fallback when the
 // group does not decode it, and the end of the cycle.
+template <int Op, bool UseIY, Paths P>
+MB_ALWAYS_INLINE void RunIndex(Machine& m) {
+    RaiseR(m);
+    if (!IndexOp<Op, UseIY, P>(m)) [[unlikely]]
+        Fallback<UseIY ? 0xFD : 0xDD>(m);
+    EndInstruction(m);
+}
+
 template <int Op, bool UseIY>
 void IndexInstruction(Machine& m) {
+    RunOnPaths<IndexUsesDataPaths(Op), &RunIndex<Op, UseIY, Paths::kBare>,
+               &RunIndex<Op, UseIY, Paths::kChecked>>(m);
+}
+
+template <int Op, Paths P>
+MB_ALWAYS_INLINE void RunCb(Machine& m) {
     RaiseR(m);
-    if (!IndexOp<Op, UseIY>(m)) [[unlikely]]
-        Fallback<UseIY ? 0xFD : 0xDD>(m);
+    if (!CbOp<Op, P>(m)) [[unlikely]]
+        Fallback<0xCB>(m);
     EndInstruction(m);
 }
 
 template <int Op>
 void CbInstruction(Machine& m) {
-    RaiseR(m);
-    if (!CbOp<Op>(m)) [[unlikely]]
-        Fallback<0xCB>(m);
-    EndInstruction(m);
+    RunOnPaths<CbUsesDataPaths(Op), &RunCb<Op, Paths::kBare>, &RunCb<Op, Paths::kChecked>>(m);
 }
 
 template <int... Ops>

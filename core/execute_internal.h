@@ -93,12 +93,13 @@ MB_ALWAYS_INLINE int PinnedXY(const Machine& m) {
 
 // EX (SP),rr: the stack bytes are read directly, then written through
 // MemoryWrite, high byte at SP+1 first. Returns the old stack word.
+template <Paths P>
 inline int ExchangeStackTop(Machine& m, int value) {
     const int sp = Addr(m.SP);
     const int sp1 = Addr(sp + 1);
     const int old = m.MemoryImage[sp] + m.MemoryImage[sp1] * 256;
-    MemoryWrite(m, sp1, value / 256);
-    MemoryWrite(m, sp, value % 256);
+    MemoryWrite<P>(m, sp1, value / 256);
+    MemoryWrite<P>(m, sp, value % 256);
     return old;
 }
 
@@ -111,7 +112,7 @@ void FinishInstruction(Machine& m);
 template <bool MayHalt = false>
 MB_ALWAYS_INLINE void EndInstruction(Machine& m) {
     // 5. With unofficial instructions off, X and Y always show their power-on value.
-    if (!m.UnofficialEnabled) {
+    if (!m.UnofficialEnabled) [[likely]] {
         const int pinned = PinnedXY(m);
         m.FlagX = pinned;
         m.FlagY = pinned;
@@ -129,6 +130,28 @@ MB_ALWAYS_INLINE void EndInstruction(Machine& m) {
     // 8 to 14.
     if (m.TextMode | m.EndStageMask) [[unlikely]]
         FinishInstruction(m);
+}
+
+// An instruction body Run<P> for the paths it may take. One that uses the data
+// paths runs on the bare paths when it finds the hook mask clear, and otherwise
+// on the checked paths in a function of its own, so that the bare form needs no
+// register saves around the hook calls. One that uses none runs as it is.
+template <void (*Run)(Machine&)>
+MB_NOINLINE void RunOutOfLine(Machine& m) {
+    Run(m);
+}
+
+template <bool UsesDataPaths, void (*Bare)(Machine&), void (*Checked)(Machine&)>
+MB_ALWAYS_INLINE void RunOnPaths(Machine& m) {
+    if constexpr (UsesDataPaths) {
+        if (m.AccessHookMask) [[unlikely]] {
+            RunOutOfLine<Checked>(m);
+            return;
+        }
+        Bare(m);
+    } else {
+        Checked(m);
+    }
 }
 
 // One function per opcode of a group, each running the whole instruction from

@@ -32,9 +32,9 @@ void PushWord(Machine& m, int value) {
     // The value is not wrapped: a return address of 65536 or more stores a high
     // byte of 256, as the rest of the system expects.
     int sp = (m.SP - 1) & 0xFFFF;
-    m.MemoryImage[sp] = value / 256;
+    m.MemoryImage[sp] = HighByte(value);
     sp = (sp - 1) & 0xFFFF;
-    m.MemoryImage[sp] = value % 256;
+    m.MemoryImage[sp] = LowByte(value);
     m.SP = sp;
 }
 
@@ -253,7 +253,9 @@ MB_ALWAYS_INLINE void BaseBlock0(Machine& m) {
     } else if constexpr (z == 3) {  // INC rr  DEC rr
         int v = GetRP<p>(m) + (q == 0 ? 1 : -1);
         if (v > 65535) v -= 65536;
-        if (v < 0) v += 65536;
+        if constexpr (q == 1) {  // a pair is never negative, so only DEC can go below 0
+            if (v < 0) v += 65536;
+        }
         SetRP<p>(m, v);
         m.TStates = 6;
         m.PC = pc + 1;
@@ -356,8 +358,8 @@ MB_ALWAYS_INLINE void BaseBlock3(Machine& m) {
         if constexpr (q == 0) {  // POP BC/DE/HL/AF
             const int v = PopWord(m);
             if constexpr (p == 3) {
-                m.A = v / 256;
-                SpreadFlags(m, v % 256);
+                m.A = HighByte(v);
+                SpreadFlags(m, LowByte(v));
             } else {
                 SetRP<p>(m, v);
             }

@@ -134,8 +134,8 @@ bool EdMain(Machine& m, int op) {
             const int nn = Word(m, pc + 2);
             if (q == 0) {
                 const int v = GetPair(m, p);
-                MemoryWrite(m, Addr(nn), v % 256);
-                MemoryWrite(m, Addr(nn + 1), v / 256);
+                MemoryWrite(m, Addr(nn), LowByte(v));
+                MemoryWrite(m, Addr(nn + 1), HighByte(v));
             } else {
                 const int low = MemoryRead(m, Addr(nn));
                 const int high = MemoryRead(m, Addr(nn + 1));
@@ -266,11 +266,11 @@ bool EdBlock(Machine& m, int op) {
 // ---- DD/FD groups ----
 
 int IndexHalf(int idx, int code) {
-    return code == 4 ? idx / 256 : idx % 256;
+    return code == 4 ? HighByte(idx) : LowByte(idx);
 }
 
 void SetIndexHalf(int& idx, int code, int v) {
-    idx = code == 4 ? v * 256 + idx % 256 : (idx / 256) * 256 + v;
+    idx = code == 4 ? v * 256 + LowByte(idx) : HighByte(idx) * 256 + v;
 }
 
 // An 8-bit operand of the unofficial index forms: H and L stand for the halves.
@@ -345,8 +345,8 @@ MB_ALWAYS_INLINE bool IndexOp(Machine& m) {
         m.PC = pc + 4;
     } else if constexpr (Op == 0x22) {
         const int nn = Word(m, pc + 2);
-        MemoryWrite<P>(m, Addr(nn), idx % 256);
-        MemoryWrite<P>(m, Addr(nn + 1), idx / 256);
+        MemoryWrite<P>(m, Addr(nn), LowByte(idx));
+        MemoryWrite<P>(m, Addr(nn + 1), HighByte(idx));
         m.TStates = 20;
         m.PC = pc + 4;
     } else if constexpr (Op == 0x2A) {

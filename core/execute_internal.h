@@ -98,8 +98,8 @@ inline int ExchangeStackTop(Machine& m, int value) {
     const int sp = Addr(m.SP);
     const int sp1 = Addr(sp + 1);
     const int old = m.MemoryImage[sp] + m.MemoryImage[sp1] * 256;
-    MemoryWrite<P>(m, sp1, value / 256);
-    MemoryWrite<P>(m, sp, value % 256);
+    MemoryWrite<P>(m, sp1, HighByte(value));
+    MemoryWrite<P>(m, sp, LowByte(value));
     return old;
 }
 

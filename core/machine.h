@@ -177,15 +177,24 @@ inline void SpreadAltFlags(Machine& m, int byte) {
     detail::CopyFlagRow(m, offsetof(Machine, AltFlagS), byte);
 }
 
+// The halves of a word: div 256 and mod 256 of a value that is never negative,
+// computed unsigned so that they cost one shift or mask.
+inline int HighByte(int v) {
+    return static_cast<int>(static_cast<unsigned>(v) / 256u);
+}
+inline int LowByte(int v) {
+    return static_cast<int>(static_cast<unsigned>(v) % 256u);
+}
+
 // Register pairs, computed at each use.
 // One line per helper: the group reads as a table.
 // clang-format off
 inline int RegBC(const Machine& m) { return m.B * 256 + m.C; }
 inline int RegDE(const Machine& m) { return m.D * 256 + m.E; }
 inline int RegHL(const Machine& m) { return m.H * 256 + m.L; }
-inline void SetBC(Machine& m, int v) { m.B = v / 256; m.C = v % 256; }
-inline void SetDE(Machine& m, int v) { m.D = v / 256; m.E = v % 256; }
-inline void SetHL(Machine& m, int v) { m.H = v / 256; m.L = v % 256; }
+inline void SetBC(Machine& m, int v) { m.B = HighByte(v); m.C = LowByte(v); }
+inline void SetDE(Machine& m, int v) { m.D = HighByte(v); m.E = LowByte(v); }
+inline void SetHL(Machine& m, int v) { m.H = HighByte(v); m.L = LowByte(v); }
 // clang-format on
 
 }  // namespace mb

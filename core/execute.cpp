@@ -11,6 +11,13 @@
 // cycle out of range (set by other code) is wrapped before the fetch. So no
 // access can leave MemoryImage or PortImage, even when a register holds the 256
 // that PushWord may store as a high byte.
+//
+// Shape of the hot path. ExecuteInstruction runs steps 1 to 4 and jumps to one
+// function per opcode (per group opcode for the prefixes), which carries out
+// the instruction and steps 5 to 14 itself, so its constants fold into the
+// end of the cycle. An instruction that uses the data paths and finds no hook
+// active takes them bare, without a test per access (RunOnPaths); the routines
+// that set every flag spread a flag byte over the eight fields in one copy.
 #include "execute.h"
 
 // Scalar stores are cheaper here than the vector packing of neighbouring fields.

@@ -75,8 +75,7 @@ inline int& Reg8(Machine& m, int code) {
 // IncrementR and DecrementR for the hot path: R counts in its low seven bits.
 MB_ALWAYS_INLINE void RaiseR(Machine& m) {
     int r = m.R + 1;
-    if ((r & 127) == 0) [[unlikely]]
-        r -= 128;
+    if (__builtin_expect_with_probability((r & 127) == 0, 1, 1.0 / 128)) r -= 128;
     m.R = r;
 }
 MB_ALWAYS_INLINE void LowerR(Machine& m) {

@@ -2,18 +2,13 @@
 // place with the entry box of the Memory Editor.
 #pragma once
 
-#include <QDialog>
-#include <functional>
-
 #include "core/machine.h"
 #include "debug/memory_view.h"
-#include "shell/hex_grid.h"
+#include "shell/hex_grid_dialog.h"
 
 namespace mb {
 
-class SettingsStore;
-
-class IoPortsEditorWindow : public QDialog, private HexGridModel {
+class IoPortsEditorWindow : public HexGridDialog {
     Q_OBJECT
   public:
     static constexpr int kWindowNumber = 20;
@@ -22,12 +17,6 @@ class IoPortsEditorWindow : public QDialog, private HexGridModel {
 
     // Called on every port access while the window is open.
     void ioprint() { grid_->Changed(); }
-    HexGrid* grid() const { return grid_; }
-
-    std::function<void()> closed;
-
-  protected:
-    void closeEvent(QCloseEvent* event) override;
 
   private:
     // HexGridModel
@@ -39,10 +28,6 @@ class IoPortsEditorWindow : public QDialog, private HexGridModel {
     int CellPosition(int col) const override { return DumpCellPosition(col); }
     int CellValue(int cell) const override { return m_.PortImage[cell]; }
     void WriteCell(int cell, int value) override;
-
-    Machine& m_;
-    SettingsStore& settings_;
-    HexGrid* grid_ = nullptr;
 };
 
 }  // namespace mb

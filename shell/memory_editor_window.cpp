@@ -1,17 +1,13 @@
 #include "memory_editor_window.h"
 
 #include <QCheckBox>
-#include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QInputDialog>
 #include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include "core/numtext.h"
-#include "entry_dialogs.h"
 #include "settings/settings_store.h"
-#include "window_place.h"
 
 namespace mb {
 
@@ -41,15 +37,10 @@ QLabel* Swatch(const QString& caption, const QColor& color, QWidget* parent) {
 
 MemoryEditorWindow::MemoryEditorWindow(int number, Machine& m, SettingsStore& settings,
                                        QWidget* parent)
-    : QDialog(parent), m_(m), settings_(settings), view_(number) {
+    : HexGridDialog(m, settings, WindowNumber(number), parent), view_(number) {
     setWindowTitle(number == 1 ? tr("Memory Editor") : tr("Memory Editor %1").arg(number));
     view_.LoadSettings(settings_);
     ascii_ = settings_.GetSettingInt("Show ASCII Characters", 1) != 0;
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
-    grid_ = new HexGrid(*this, this);
-    layout->addWidget(grid_);
 
     auto* tracking = new QHBoxLayout;
     track_ = new QCheckBox(tr("Track R/W Access"), this);
@@ -65,7 +56,6 @@ MemoryEditorWindow::MemoryEditorWindow(int number, Machine& m, SettingsStore& se
     tracking->addWidget(range_);
     tracking->addWidget(optimize_);
     tracking->addStretch();
-    layout->addLayout(tracking);
 
     auto* bottom = new QHBoxLayout;
     auto* focus = new QPushButton(tr("Focus SP"), this);
@@ -75,12 +65,7 @@ MemoryEditorWindow::MemoryEditorWindow(int number, Machine& m, SettingsStore& se
     bottom->addWidget(Swatch(tr("Read"), ReadPointerColor(), this));
     bottom->addWidget(Swatch(tr("SP"), StackMarkerColor(), this));
     bottom->addStretch();
-    const int place = WindowNumber(number);
-    QCheckBox* onTop = OnTopCheckBox(*this, settings_, place);
-    bottom->addWidget(onTop);
-    layout->addLayout(bottom);
-
-    RestoreWindowPlace(*this, settings_, place);
+    FinishLayout({tracking, bottom});
     Refresh();
 }
 
@@ -140,21 +125,6 @@ QColor MemoryEditorWindow::CellColor(int cell) const {
     if (cell == view_.ReadPointer()) return ReadPointerColor();
     if (cell == m_.SP) return StackMarkerColor();
     return {};
-}
-
-std::optional<QString> MemoryEditorWindow::Ask(const QString& prompt, const QString& offered) {
-    if (ask) return ask(prompt, offered);
-    return AskTextLine(this, windowTitle(), prompt, offered);
-}
-
-void MemoryEditorWindow::Show(const std::string& text) {
-    if (message) message(text);
-}
-
-void MemoryEditorWindow::closeEvent(QCloseEvent* event) {
-    SaveWindowPlace(*this, settings_, WindowNumber(view_.Number()));
-    if (closed) closed();
-    QDialog::closeEvent(event);
 }
 
 }  // namespace mb

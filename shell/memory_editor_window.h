@@ -4,23 +4,18 @@
 // window numbers only.
 #pragma once
 
-#include <QDialog>
-#include <functional>
-#include <optional>
 #include <string>
 
 #include "core/machine.h"
 #include "debug/memory_view.h"
-#include "shell/hex_grid.h"
+#include "shell/hex_grid_dialog.h"
 
 class QCheckBox;
 class QPushButton;
 
 namespace mb {
 
-class SettingsStore;
-
-class MemoryEditorWindow : public QDialog, private HexGridModel {
+class MemoryEditorWindow : public HexGridDialog {
     Q_OBJECT
   public:
     // number: 1 to 3.
@@ -48,24 +43,9 @@ class MemoryEditorWindow : public QDialog, private HexGridModel {
     void FocusSP();
 
     const MemoryView& view() const { return view_; }
-    HexGrid* grid() const { return grid_; }
     QString RangeCaption() const;
 
-    // Tests answer the questions through this; nullopt is Cancel.
-    std::function<std::optional<QString>(const QString& prompt, const QString& offered)> ask;
-    std::function<void(const std::string&)> message;
-    // A cell was written by the entry box.
-    std::function<void()> edited;
-    // The window closes.
-    std::function<void()> closed;
-
-  protected:
-    void closeEvent(QCloseEvent* event) override;
-
   private:
-    std::optional<QString> Ask(const QString& prompt, const QString& offered);
-    void Show(const std::string& text);
-
     // HexGridModel
     int RowCount() const override { return kDumpRows; }
     int VisibleRows() const override { return kViewRows; }
@@ -80,11 +60,8 @@ class MemoryEditorWindow : public QDialog, private HexGridModel {
     void WriteCell(int cell, int value) override;
     QColor CellColor(int cell) const override;
 
-    Machine& m_;
-    SettingsStore& settings_;
     MemoryView view_;
     bool ascii_ = true;
-    HexGrid* grid_ = nullptr;
     QCheckBox* track_ = nullptr;
     QCheckBox* optimize_ = nullptr;
     QPushButton* range_ = nullptr;

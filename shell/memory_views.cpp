@@ -30,35 +30,15 @@ void MemoryViews::Opened(QWidget* window) {
 
 void MemoryViews::OpenMemoryEditor(int number) {
     if (number < 1 || number > 3) return;
-    MemoryEditorWindow*& slot = editors_[static_cast<size_t>(number - 1)];
-    if (!slot) {
-        auto* editor = new MemoryEditorWindow(number, m_, settings_, parent_);
-        editor->message = message_;
-        editor->edited = [this] { MemoryEdited(); };
-        Track(editor, slot);
-        slot = editor;
-    }
-    Opened(slot);
+    OpenIn(editors_[static_cast<size_t>(number - 1)], number);
 }
 
 void MemoryViews::OpenPortsEditor() {
-    if (!ports_) {
-        auto* ports = new IoPortsEditorWindow(m_, settings_, parent_);
-        Track(ports, ports_);
-        ports_ = ports;
-    }
-    Opened(ports_);
+    OpenIn(ports_);
 }
 
 void MemoryViews::OpenVideoScreen() {
-    if (!video_) {
-        auto* video = new VideoScreenWindow(m_, settings_, parent_);
-        video->message = message_;
-        video->edited = [this] { MemoryEdited(); };
-        Track(video, video_);
-        video_ = video;
-    }
-    Opened(video_);
+    OpenIn(video_);
 }
 
 void MemoryViews::UpdateHooks() {

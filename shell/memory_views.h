@@ -59,18 +59,26 @@ class MemoryViews : public QObject {
     void CloseAll();
 
   private:
-    // Forgets the window when it closes or goes: only the window that the slot
-    // still names, since a window may be opened again before the old one is
+    // Shows the window of the slot, made first when there is none. The slot
+    // forgets the window when it closes or goes: only while it still names
+    // that window, since a window may be opened again before the old one is
     // deleted.
-    template <class Window>
-    void Track(Window* window, Window*& slot) {
-        auto forget = [this, window, &slot] {
-            if (slot != window) return;
-            slot = nullptr;
-            UpdateHooks();
-        };
-        window->closed = forget;
-        connect(window, &QObject::destroyed, this, forget);
+    template <class Window, class... Before>
+    void OpenIn(Window*& slot, Before... before) {
+        if (!slot) {
+            auto* window = new Window(before..., m_, settings_, parent_);
+            window->message = message_;
+            window->edited = [this] { MemoryEdited(); };
+            auto forget = [this, window, &slot] {
+                if (slot != window) return;
+                slot = nullptr;
+                UpdateHooks();
+            };
+            window->closed = forget;
+            connect(window, &QObject::destroyed, this, forget);
+            slot = window;
+        }
+        Opened(slot);
     }
     void Opened(QWidget* window);
     // An entry box wrote memory: the other memory windows show it at once.

@@ -1,16 +1,10 @@
 #include "video_screen_window.h"
 
-#include <QCheckBox>
-#include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QInputDialog>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include "core/numtext.h"
-#include "entry_dialogs.h"
-#include "settings/settings_store.h"
-#include "window_place.h"
 
 namespace mb {
 
@@ -29,14 +23,9 @@ const SchemeColors kSchemes[kVideoSchemes] = {
 }  // namespace
 
 VideoScreenWindow::VideoScreenWindow(Machine& m, SettingsStore& settings, QWidget* parent)
-    : QDialog(parent), m_(m), settings_(settings) {
+    : HexGridDialog(m, settings, kWindowNumber, parent) {
     setWindowTitle(tr("Video Memory Screen"));
     screen_.LoadSettings(settings_);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
-    grid_ = new HexGrid(*this, this);
-    layout->addWidget(grid_);
 
     auto* commands = new QHBoxLayout;
     auto command = [&](const QString& caption, void (VideoScreenWindow::*slot)()) {
@@ -49,11 +38,7 @@ VideoScreenWindow::VideoScreenWindow(Machine& m, SettingsStore& settings, QWidge
     command(tr("Rows"), &VideoScreenWindow::ChangeRows);
     command(tr("Color Scheme"), &VideoScreenWindow::ChangeColorScheme);
     commands->addStretch();
-    QCheckBox* onTop = OnTopCheckBox(*this, settings_, kWindowNumber);
-    commands->addWidget(onTop);
-    layout->addLayout(commands);
-
-    RestoreWindowPlace(*this, settings_, kWindowNumber);
+    FinishLayout({commands});
 }
 
 QColor VideoScreenWindow::Background() const {
@@ -79,7 +64,7 @@ void VideoScreenWindow::Change(const char* prompt, const QString& offered,
     if (!answer || answer->trimmed().isEmpty()) return;
     const std::string refusal = (screen_.*change)(settings_, answer->toStdString());
     if (!refusal.empty()) {
-        if (message) message(refusal);
+        Show(refusal);
         return;
     }
     Relayout();
@@ -116,17 +101,6 @@ void VideoScreenWindow::ChangeColorScheme() {
 void VideoScreenWindow::Relayout() {
     grid_->Relayout();
     adjustSize();
-}
-
-std::optional<QString> VideoScreenWindow::Ask(const QString& prompt, const QString& offered) {
-    if (ask) return ask(prompt, offered);
-    return AskTextLine(this, windowTitle(), prompt, offered);
-}
-
-void VideoScreenWindow::closeEvent(QCloseEvent* event) {
-    SaveWindowPlace(*this, settings_, kWindowNumber);
-    if (closed) closed();
-    QDialog::closeEvent(event);
 }
 
 }  // namespace mb

@@ -3,20 +3,18 @@
 // cell opens the entry box of the Memory Editor over it.
 #pragma once
 
-#include <QDialog>
+#include <QStringList>
 #include <functional>
 #include <optional>
 #include <string>
 
 #include "core/machine.h"
 #include "devices/video_screen.h"
-#include "shell/hex_grid.h"
+#include "shell/hex_grid_dialog.h"
 
 namespace mb {
 
-class SettingsStore;
-
-class VideoScreenWindow : public QDialog, private HexGridModel {
+class VideoScreenWindow : public HexGridDialog {
     Q_OBJECT
   public:
     static constexpr int kWindowNumber = 7;
@@ -35,20 +33,11 @@ class VideoScreenWindow : public QDialog, private HexGridModel {
     void ChangeColorScheme();
 
     const VideoScreen& screen() const { return screen_; }
-    HexGrid* grid() const { return grid_; }
 
-    // Tests answer the questions through these; nullopt is Cancel.
-    std::function<std::optional<QString>(const QString& prompt, const QString& offered)> ask;
+    // Tests choose the colour scheme through this; nullopt is Cancel.
     std::function<std::optional<int>(const QStringList& schemes, int current)> choose;
-    std::function<void(const std::string&)> message;
-    std::function<void()> edited;
-    std::function<void()> closed;
-
-  protected:
-    void closeEvent(QCloseEvent* event) override;
 
   private:
-    std::optional<QString> Ask(const QString& prompt, const QString& offered);
     void Change(const char* prompt, const QString& offered,
                 std::string (VideoScreen::*change)(SettingsStore&, const std::string&));
     void Relayout();
@@ -65,10 +54,7 @@ class VideoScreenWindow : public QDialog, private HexGridModel {
     QColor Background() const override;
     QColor Foreground() const override;
 
-    Machine& m_;
-    SettingsStore& settings_;
     VideoScreen screen_;
-    HexGrid* grid_ = nullptr;
 };
 
 }  // namespace mb

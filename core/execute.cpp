@@ -20,11 +20,6 @@
 // that set every flag spread a flag byte over the eight fields in one copy.
 #include "execute.h"
 
-// Scalar stores are cheaper here than the vector packing of neighbouring fields.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC optimize("no-tree-slp-vectorize")
-#endif
-
 #include <array>
 #include <utility>
 
@@ -505,10 +500,6 @@ MB_NOINLINE void EnableInterruptsAfterEi(Machine& m) {
     m.IntCommandEnabled = true;
 }
 
-// One function per unprefixed opcode, each a small leaf that ends the
-// instruction itself, so the cycle reaches it with one indirect jump.
-using OpcodeFunction = void (*)(Machine&);
-
 // Whether an unprefixed opcode reaches memory or ports through the data paths.
 constexpr bool UsesDataPaths(int op) {
     const int y = (op >> 3) & 7, z = op & 7;
@@ -524,6 +515,9 @@ MB_ALWAYS_INLINE void RunBase(Machine& m) {
     exec::EndInstruction<Op == 0x76>(m);
 }
 
+// One function per unprefixed opcode, each a small leaf that ends the
+// instruction itself, so the cycle reaches it with one indirect jump; a prefix
+// jumps on into its group's table.
 template <int Op>
 void RunOpcode(Machine& m) {
     if constexpr (Op == 0xCB) {
@@ -541,12 +535,11 @@ void RunOpcode(Machine& m) {
 }
 
 template <int... Ops>
-constexpr std::array<OpcodeFunction, 256> MakeOpcodeTable(std::integer_sequence<int, Ops...>) {
+constexpr exec::GroupTable MakeOpcodeTable(std::integer_sequence<int, Ops...>) {
     return {&RunOpcode<Ops>...};
 }
 
-constexpr std::array<OpcodeFunction, 256> kOpcodeTable =
-    MakeOpcodeTable(std::make_integer_sequence<int, 256>{});
+constexpr exec::GroupTable kOpcodeTable = MakeOpcodeTable(std::make_integer_sequence<int, 256>{});
 
 }  // namespace
 

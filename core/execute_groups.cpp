@@ -5,11 +5,6 @@
 #include <array>
 #include <utility>
 
-// Scalar stores are cheaper here than the vector packing of neighbouring fields.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC optimize("no-tree-slp-vectorize")
-#endif
-
 #include "access.h"
 #include "alu.h"
 #include "execute.h"
@@ -519,31 +514,25 @@ constexpr bool CbUsesDataPaths(int op) {
 
 // A whole DD/FD or CB instruction: the group's opcode, the fallback when the
 // group does not decode it, and the end of the cycle.
-template <int Op, bool UseIY, Paths P>
-MB_ALWAYS_INLINE void RunIndex(Machine& m) {
+template <bool (*Decode)(Machine&), int Prefix>
+MB_ALWAYS_INLINE void RunGroupOpcode(Machine& m) {
     RaiseR(m);
-    if (!IndexOp<Op, UseIY, P>(m)) [[unlikely]]
-        Fallback<UseIY ? 0xFD : 0xDD>(m);
+    if (!Decode(m)) [[unlikely]]
+        Fallback<Prefix>(m);
     EndInstruction(m);
 }
 
 template <int Op, bool UseIY>
 void IndexInstruction(Machine& m) {
-    RunOnPaths<IndexUsesDataPaths(Op), &RunIndex<Op, UseIY, Paths::kBare>,
-               &RunIndex<Op, UseIY, Paths::kChecked>>(m);
-}
-
-template <int Op, Paths P>
-MB_ALWAYS_INLINE void RunCb(Machine& m) {
-    RaiseR(m);
-    if (!CbOp<Op, P>(m)) [[unlikely]]
-        Fallback<0xCB>(m);
-    EndInstruction(m);
+    constexpr int prefix = UseIY ? 0xFD : 0xDD;
+    RunOnPaths<IndexUsesDataPaths(Op), &RunGroupOpcode<&IndexOp<Op, UseIY, Paths::kBare>, prefix>,
+               &RunGroupOpcode<&IndexOp<Op, UseIY, Paths::kChecked>, prefix>>(m);
 }
 
 template <int Op>
 void CbInstruction(Machine& m) {
-    RunOnPaths<CbUsesDataPaths(Op), &RunCb<Op, Paths::kBare>, &RunCb<Op, Paths::kChecked>>(m);
+    RunOnPaths<CbUsesDataPaths(Op), &RunGroupOpcode<&CbOp<Op, Paths::kBare>, 0xCB>,
+               &RunGroupOpcode<&CbOp<Op, Paths::kChecked>, 0xCB>>(m);
 }
 
 template <int... Ops>

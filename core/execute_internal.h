@@ -8,6 +8,12 @@
 #include "access.h"
 #include "machine.h"
 
+// Scalar stores are cheaper in the instruction functions than the vector
+// packing of neighbouring fields.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC optimize("no-tree-slp-vectorize")
+#endif
+
 #define MB_ALWAYS_INLINE [[gnu::always_inline]] inline
 #define MB_NOINLINE [[gnu::noinline]]
 

@@ -27,15 +27,46 @@ std::string Trimmed(const std::string& text) {
     return text.substr(first, last - first + 1);
 }
 
-// A whole decimal or fractional number and nothing else.
-bool ReadNumber(const std::string& text, double& value) {
-    if (text.empty()) return false;
-    char* end = nullptr;
-    value = std::strtod(text.c_str(), &end);
-    return end == text.c_str() + text.size();
+}  // namespace
+
+void ReadStartupSettings(Machine& m, SettingsStore& s, const std::string& home) {
+    s.GetSettingText("Last Path", home);
+    s.GetSettingText("Last Path 2", home);
+    s.GetSettingInt(kSettingLogging, 0);
+    m.HaltStopsSimulation = s.GetSettingInt("HALT Stops Simulation New", 1) != 0;
+    m.InfiniteLoopStopsSimulation = s.GetSettingInt("Infinite Loop Stop New", 0) != 0;
+    m.FFPowerOnDefaults = s.GetSettingText("FF Power On Defaults", "ON");
+    s.GetSettingInt("Refresh Memory Editor New", 1);
+    s.GetSettingInt("Show ASCII Characters", 1);
+    s.GetSettingInt("Refresh Breakpoints Manager New", 1);
+    s.GetSettingText("Save Positions", "ON");
+    m.UnofficialEnabled = s.GetSettingInt("Enable Unofficial Instructions", 0) != 0;
+    s.GetSettingInt(kSettingPromptBeforeIn, 1);
+    s.GetSettingInt(kSettingIoLogging, 0);
+    s.GetSettingText("Show Confirmations", "OFF");
+    s.GetSettingText("Save Always On Top", "1");
+    s.GetSettingInt(kSettingNextBasicRate, 2);
+    s.GetSettingInt("Basic Program Tracking", 1);
+    s.GetSettingInt("Basic Program Tracking Mode", 1);
+    m.RelativeBranchHex = s.GetSettingInt("Display Relative Branch Hex Argument", 0) != 0;
+    m.ClockMHz = static_cast<float>(ClockFrequencyEntry(s.GetSettingText(kSettingClock, "4"))
+                                        .value_or(4.0));
+    // The starting address is kept as the four hexadecimal digits it was typed in.
+    const long long start = HexEntryValue(s.GetSettingText(kSettingStartingAddress, "0"), 4);
+    m.StartingAddress = start < 0 ? 0 : static_cast<int>(start);
+    m.ObjOffset = s.GetSettingInt(kSettingObjOffset, 0) & 0xFFFF;
+    s.GetSettingText(kSettingRate, "4");
+    s.GetSettingInt(kSettingSlowDelay, 140);
+    s.GetSettingInt(kSettingNormalDelay, 24);
+    s.GetSettingInt(kSettingFastDelay, 5);
+    s.GetSettingInt("Messages Duration", 3);
 }
 
-}  // namespace
+std::optional<double> ClockFrequencyEntry(std::string_view text) {
+    const std::optional<double> value = ReadDecimal(text);
+    if (!value || !InRange(*value, 0.01, 120)) return std::nullopt;
+    return value;
+}
 
 RunControl::RunControl(Machine& m, Host& host, SettingsStore& settings, AccessHooks& hooks,
                        SimLog& log)
@@ -46,7 +77,7 @@ RunControl::RunControl(Machine& m, Host& host, SettingsStore& settings, AccessHo
 }
 
 void RunControl::LoadSettings() {
-    const int rate = static_cast<int>(SettingNumber(settings_.GetSettingText(kSettingRate, "4")));
+    const int rate = SettingInteger(settings_.GetSettingText(kSettingRate, "4"));
     m_.SimulationRate =
         std::clamp(rate, static_cast<int>(kRateStepByStep), static_cast<int>(kRateUltimate));
     NextBasicRate = std::clamp(settings_.GetSettingInt(kSettingNextBasicRate, 2), 0, 3);
@@ -104,7 +135,7 @@ void RunControl::DisableStepCommands() {
 
 int RunControl::UltimateInterval() {
     const int ms =
-        static_cast<int>(SettingNumber(settings_.GetSettingText(kSettingUltimateTimer, "500")));
+        SettingInteger(settings_.GetSettingText(kSettingUltimateTimer, "500"));
     return std::clamp(ms, 1, 2000);
 }
 
@@ -399,12 +430,12 @@ void RunControl::ChangeClockFrequency() {
     }
     answer = Trimmed(answer);
     if (answer.empty()) return;
-    double value = 0;
-    if (!ReadNumber(answer, value) || value < 0.01 || value > 120) {
+    const std::optional<double> value = ClockFrequencyEntry(answer);
+    if (!value) {
         host_.ShowMessage("Allowed range 0.01-120MHz.");
         return;
     }
-    m_.ClockMHz = static_cast<float>(value);
+    m_.ClockMHz = static_cast<float>(*value);
     settings_.SetSettingText(kSettingClock, answer);
 }
 

@@ -7,7 +7,9 @@
 // the loop or the end of the instruction serves it at its fixed point.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "access.h"
 #include "host.h"
@@ -58,6 +60,15 @@ inline constexpr const char* kSettingLogging = "Enable Logging New";
 inline constexpr const char* kSettingIoLogging = "Log IN And OUT New";
 inline constexpr const char* kSettingPromptBeforeIn = "Prompt Before IN New";
 inline constexpr const char* kSettingLastPath = "Last Path";
+
+// Reads the start-up table of options into the machine, in the table's order;
+// a missing value is written back as its default (`home` for the two paths).
+// A stored clock frequency outside 0.01-120 MHz, or not a number, counts as
+// the default 4 MHz.
+void ReadStartupSettings(Machine& m, SettingsStore& s, const std::string& home);
+
+// The clock frequency the user typed: a decimal number of MHz in 0.01..120.
+std::optional<double> ClockFrequencyEntry(std::string_view text);
 
 class RunControl : public EndStageHandler {
   public:

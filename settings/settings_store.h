@@ -3,7 +3,9 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace mb {
 
@@ -40,7 +42,23 @@ class MemorySettingsStore : public SettingsStore {
     std::map<std::string, std::string> values_;
 };
 
-// Plain numeric reading of a text value: leading number, anything unreadable is 0.
+// Plain numeric reading of a text value: the decimal number it begins with
+// (blanks in front allowed), anything unreadable is 0.
 double SettingNumber(const std::string& text);
+
+// SettingNumber as a 32-bit integer value: the fraction dropped, a value beyond
+// the range held at its end.
+int SettingInteger(const std::string& text);
+
+// A number typed or given by a user: the whole text (blanks around allowed) is
+// one decimal number, an optional sign, digits with an optional fraction and
+// an optional exponent. "nan", "inf" and hexadecimal forms such as "0x10" are
+// not decimal and give nothing, as does a value beyond the range of a double.
+std::optional<double> ReadDecimal(std::string_view text);
+
+// Whether v lies in [low, high]; false for NaN.
+inline bool InRange(double v, double low, double high) {
+    return v >= low && v <= high;
+}
 
 }  // namespace mb

@@ -84,9 +84,7 @@ std::optional<QString> Ieee754Window::Ask(const QString& prompt, const QString& 
 
 void Ieee754Window::Convert(const QString& text) {
     // A plain numeric reading: an unreadable text counts as 0.
-    bool ok = false;
-    double x = text.trimmed().toDouble(&ok);
-    if (!ok) x = 0;
+    const double x = ReadDecimal(text.toStdString()).value_or(0.0);
     const Ieee754Texts t = ToIeee754(x);
     const std::string values[5] = {t.entered, t.binary, t.hex, t.exactValue, t.resolution};
     for (int i = 0; i < 5; ++i)

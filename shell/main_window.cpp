@@ -110,41 +110,9 @@ void MainWindow::ApplyArrangement() {
     adjustSize();
 }
 
-// The start-up table: the options the machine and run control read.
-// Read in the order of the table; a read writes a missing default back.
+// The start-up table, read in its order; a read writes a missing default back.
 void MainWindow::ReadStartupSettings() {
-    Machine& m = *m_;
-    SettingsStore& s = settings_;
-    const std::string home = QDir::homePath().toStdString();
-    s.GetSettingText("Last Path", home);
-    s.GetSettingText("Last Path 2", home);
-    s.GetSettingInt("Enable Logging New", 0);
-    m.HaltStopsSimulation = s.GetSettingInt("HALT Stops Simulation New", 1);
-    m.InfiniteLoopStopsSimulation = s.GetSettingInt("Infinite Loop Stop New", 0);
-    m.FFPowerOnDefaults = s.GetSettingText("FF Power On Defaults", "ON");
-    s.GetSettingInt("Refresh Memory Editor New", 1);
-    s.GetSettingInt("Show ASCII Characters", 1);
-    s.GetSettingInt("Refresh Breakpoints Manager New", 1);
-    s.GetSettingText("Save Positions", "ON");
-    m.UnofficialEnabled = s.GetSettingInt("Enable Unofficial Instructions", 0);
-    s.GetSettingInt("Prompt Before IN New", 1);
-    s.GetSettingInt("Log IN And OUT New", 0);
-    s.GetSettingText("Show Confirmations", "OFF");
-    s.GetSettingText("Save Always On Top", "1");
-    s.GetSettingInt("Run To Next BASIC Statement Simulation Rate", 2);
-    s.GetSettingInt("Basic Program Tracking", 1);
-    s.GetSettingInt("Basic Program Tracking Mode", 1);
-    m.RelativeBranchHex = s.GetSettingInt("Display Relative Branch Hex Argument", 0);
-    m.ClockMHz = static_cast<float>(SettingNumber(s.GetSettingText("Clock Frequency", "4")));
-    if (m.ClockMHz < 0.01f || m.ClockMHz > 120.0f) m.ClockMHz = 4.0f;
-    m.StartingAddress =
-        static_cast<int>(SettingNumber(s.GetSettingText("Starting Address", "0"))) & 0xFFFF;
-    m.ObjOffset = s.GetSettingInt("Offset Address For OBJ Files Loading", 0) & 0xFFFF;
-    s.GetSettingText("Simulation Rate", "4");
-    s.GetSettingInt("Simulation Rate Slow Delay", 140);
-    s.GetSettingInt("Simulation Rate Normal Delay", 24);
-    s.GetSettingInt("Simulation Rate Fast Delay", 5);
-    s.GetSettingInt("Messages Duration", 3);
+    mb::ReadStartupSettings(*m_, settings_, QDir::homePath().toStdString());
 }
 
 QWidget* MainWindow::BuildRegisterDisplay() {

@@ -24,7 +24,7 @@ std::string QtSettingsStore::GetSettingText(const std::string& name, const std::
 int QtSettingsStore::GetSettingInt(const std::string& name, int def) {
     const QString key = Key(name);
     if (!settings_->contains(key)) SetSettingInt(name, def);
-    return static_cast<int>(SettingNumber(settings_->value(key).toString().toStdString()));
+    return SettingInteger(settings_->value(key).toString().toStdString());
 }
 
 void QtSettingsStore::SetSettingText(const std::string& name, const std::string& value) {

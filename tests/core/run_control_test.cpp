@@ -241,6 +241,10 @@ TEST_F(RunControlTest, ChangeCommandsCheckTheirEntries) {
         {&RunControl::ChangeClockFrequency, "0.005", "Allowed range 0.01-120MHz."},
         {&RunControl::ChangeClockFrequency, "121", "Allowed range 0.01-120MHz."},
         {&RunControl::ChangeClockFrequency, "4x", "Allowed range 0.01-120MHz."},
+        {&RunControl::ChangeClockFrequency, "nan", "Allowed range 0.01-120MHz."},
+        {&RunControl::ChangeClockFrequency, "-nan", "Allowed range 0.01-120MHz."},
+        {&RunControl::ChangeClockFrequency, "inf", "Allowed range 0.01-120MHz."},
+        {&RunControl::ChangeClockFrequency, "0x10", "Allowed range 0.01-120MHz."},
         {&RunControl::ChangeStartingAddress, "1a", ""},
         {&RunControl::ChangeStartingAddress, "G000", "Wrong entry!"},
         {&RunControl::ChangeStartingAddress, "12345", "Wrong entry!"},
@@ -271,8 +275,49 @@ TEST_F(RunControlTest, ChangeCommandsCheckTheirEntries) {
     EXPECT_EQ(m.ObjOffset, 0x800);
     EXPECT_EQ(settings.GetSettingText(kSettingUltimateTimer, ""), "2000");
     EXPECT_EQ(host.questions[0], "Enter new clock frequency [0.01-120MHz]:");
-    EXPECT_EQ(host.questions[4], "Enter new starting address for the simulation [0000-FFFF]:");
-    EXPECT_EQ(host.questions[7], "Enter new offset address for OBJ files loading [0000-FFFF]:");
+    EXPECT_EQ(host.questions[8], "Enter new starting address for the simulation [0000-FFFF]:");
+    EXPECT_EQ(host.questions[11], "Enter new offset address for OBJ files loading [0000-FFFF]:");
+}
+
+// What the change commands store comes back at the next start, and a stored
+// value that is no valid entry (edited by hand, or kept from an older release)
+// gives the default instead of reaching the machine.
+TEST(StartupSettings, StoredValuesComeBackCheckedAtTheNextStart) {
+    struct Case {
+        const char* clock;
+        const char* start;
+        float clockMHz;
+        int startingAddress;
+    };
+    const Case cases[] = {
+        {"3.5", "0100", 3.5f, 0x100},  {"120", "FFFF", 120.0f, 0xFFFF},
+        {"nan", "0", 4.0f, 0},         {"-nan", "zz", 4.0f, 0},
+        {"inf", "10000", 4.0f, 0},     {"0x10", "1a", 4.0f, 0x1A},
+        {"0.001", "", 4.0f, 0},        {"1e300", "0010", 4.0f, 0x10},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.clock) + " / " + c.start);
+        MemorySettingsStore settings;
+        settings.SetSettingText(kSettingClock, c.clock);
+        settings.SetSettingText(kSettingStartingAddress, c.start);
+        Machine m;
+        ReadStartupSettings(m, settings, "/home/user");
+        EXPECT_FLOAT_EQ(m.ClockMHz, c.clockMHz);
+        EXPECT_EQ(m.StartingAddress, c.startingAddress);
+    }
+}
+
+TEST(StartupSettings, FirstStartWritesTheDefaultsBack) {
+    MemorySettingsStore settings;
+    Machine m;
+    ReadStartupSettings(m, settings, "/home/user");
+    EXPECT_EQ(settings.GetSettingText("Last Path", ""), "/home/user");
+    EXPECT_EQ(settings.GetSettingText(kSettingClock, ""), "4");
+    EXPECT_EQ(settings.GetSettingText(kSettingRate, ""), "4");
+    EXPECT_EQ(settings.GetSettingInt("HALT Stops Simulation New", -1), 1);
+    EXPECT_EQ(m.HaltStopsSimulation, 1);
+    EXPECT_EQ(m.InfiniteLoopStopsSimulation, 0);
+    EXPECT_FLOAT_EQ(m.ClockMHz, 4.0f);
 }
 
 TEST_F(RunControlTest, ChangeCommandsRefusedWhileRunning) {

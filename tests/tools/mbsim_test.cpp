@@ -154,6 +154,16 @@ TEST_F(MbsimTest, RunsCpmStringOutput) {
     const Result r = Run("--cpm hi.obj");
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out, "Hi CP/M!");
+
+    // The same program under the name CP/M gives its programs.
+    fs::copy_file(dir / "hi.obj", dir / "HI.COM");
+    const Result com = Run("--cpm HI.COM");
+    EXPECT_EQ(com.status, 0) << com.err;
+    EXPECT_EQ(com.out, "Hi CP/M!");
+    const Result plain = Run("HI.COM");
+    EXPECT_EQ(plain.status, 2);
+    EXPECT_NE(plain.err.find("HI.COM: a CP/M .com program needs --cpm"), std::string::npos)
+        << plain.err;
 }
 
 TEST_F(MbsimTest, InstructionLimitHasItsOwnStatus) {
@@ -190,9 +200,14 @@ TEST_F(MbsimTest, BadInputIsReportedWithStatus2) {
          "bad.hex: Input program file in Intel Hex Format contains errors. Line number 1: Invalid "
          "'checksum' field in the record."},
         {"empty.obj", "The size of the selected file is zero."},
-        {"prog.bin", "not an .obj or .hex program file"},
+        {"prog.bin", "not an .obj, .hex or CP/M .com program file"},
+        {"--cpm prog.bin", "not an .obj, .hex or CP/M .com program file"},
         {"--frobnicate x.obj", "unknown option --frobnicate"},
         {"--clock 200 x.obj", "Allowed range 0.01-120MHz."},
+        {"--clock nan x.obj", "Allowed range 0.01-120MHz."},
+        {"--clock -nan x.obj", "Allowed range 0.01-120MHz."},
+        {"--clock inf x.obj", "Allowed range 0.01-120MHz."},
+        {"--clock 0x10 x.obj", "Allowed range 0.01-120MHz."},
         {"--start 10000 x.obj", "--start"},
         {"--max-instructions", "--max-instructions needs a value"},
         {"", "no program file given"},

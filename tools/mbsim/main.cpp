@@ -33,7 +33,7 @@ constexpr int kExitBadInput = 2;
 constexpr int kExitInstructionLimit = 3;
 
 const char* kUsage =
-    "Usage: mbsim [options] program.obj|program.hex\n"
+    "Usage: mbsim [options] program.obj|program.hex|program.com\n"
     "Runs a Z80 program at the Ultimate rate until HALT, a jump to itself, the stop\n"
     "address or the instruction limit, then prints the statistics on stderr.\n"
     "Options:\n"
@@ -46,9 +46,10 @@ const char* kUsage =
     "  --max-instructions N     stop after N instructions\n"
     "  --out-port PORT          OUT to PORT writes the byte to stdout\n"
     "  --in-port PORT           IN from PORT reads a byte from stdin (0 at end of input)\n"
-    "  --cpm                    CP/M console program: load and start at 0100H; CALL 0005H\n"
-    "                           serves BDOS 0 (end), 2 (character in E) and 9 (string at\n"
-    "                           DE up to '$') on stdout; reaching 0000H ends the run\n"
+    "  --cpm                    CP/M console program (.com or .obj): load and start at\n"
+    "                           0100H; CALL 0005H serves BDOS 0 (end), 2 (character in E)\n"
+    "                           and 9 (string at DE up to '$') on stdout; reaching 0000H\n"
+    "                           ends the run\n"
     "  --log                    write log.txt (one line per instruction)\n"
     "  --iolog                  write io.txt (one line per IN and OUT)\n"
     "  --log-dir DIR            folder of log.txt and io.txt (default: current folder)\n"
@@ -135,13 +136,12 @@ bool ParseOptions(int argc, char** argv, Options& o, bool& help) {
             if (!hex(0xFF, o.inPort)) return false;
         } else if (arg == "--clock") {
             if (!next(text)) return false;
-            char* end = nullptr;
-            const double v = std::strtod(text.c_str(), &end);
-            if (text.empty() || *end || v < 0.01 || v > 120) {
+            const std::optional<double> v = mb::ClockFrequencyEntry(text);
+            if (!v) {
                 Fail("--clock: Allowed range 0.01-120MHz.");
                 return false;
             }
-            o.clock = static_cast<float>(v);
+            o.clock = static_cast<float>(*v);
         } else if (arg == "--max-instructions") {
             if (!next(text)) return false;
             char* end = nullptr;
@@ -340,8 +340,9 @@ int main(int argc, char** argv) {
         return kExitNormal;
     }
     const std::string ext = LowerExtension(o.program);
-    if (ext != ".obj" && ext != ".hex")
-        return Fail(o.program + ": not an .obj or .hex program file");
+    if (ext == ".com" && !o.cpm) return Fail(o.program + ": a CP/M .com program needs --cpm");
+    if (ext != ".obj" && ext != ".hex" && ext != ".com")
+        return Fail(o.program + ": not an .obj, .hex or CP/M .com program file");
     if ((o.log || o.ioLog) && !std::filesystem::is_directory(o.logDir)) {
         return Fail("--log-dir: no such folder: " + o.logDir);
     }

@@ -24,9 +24,28 @@ bool ReadWholeFile(const std::string& path, std::string& data) {
     return true;
 }
 
-void ReplaceAll(std::string& s, const std::string& from, const std::string& to) {
-    for (size_t at = s.find(from); at != std::string::npos; at = s.find(from, at + to.size()))
-        s.replace(at, from.size(), to);
+// The reader's line ends, in one pass: every CR counts as LF, and each run of k
+// line ends becomes ceil(ceil(k/2)/2), which is what halving doubled line ends
+// twice over leaves (each halving pairs them off from the left). The line
+// numbers of the messages count the lines that remain.
+std::string CollapseLineEnds(const std::string& text) {
+    std::string t;
+    t.reserve(text.size());
+    size_t run = 0;
+    auto flush = [&] {
+        t.append(((run + 1) / 2 + 1) / 2, '\n');
+        run = 0;
+    };
+    for (char c : text) {
+        if (c == '\r' || c == '\n') {
+            ++run;
+            continue;
+        }
+        if (run) flush();
+        t += c;
+    }
+    if (run) flush();
+    return t;
 }
 
 std::string Upper(std::string s) {
@@ -46,10 +65,7 @@ std::string HexError(int line, const char* ending) {
 
 // Parses the records; returns the error text, or "" when the file is good.
 std::string ParseRecords(const std::string& text, HexBuffer& buffer, int& size) {
-    std::string t = text;
-    ReplaceAll(t, "\r", "\n");
-    ReplaceAll(t, "\n\n", "\n");
-    ReplaceAll(t, "\n\n", "\n");
+    const std::string t = CollapseLineEnds(text);
     int linear = 0, segment = 0, number = 0;
     size_t start = 0;
     while (start <= t.size()) {

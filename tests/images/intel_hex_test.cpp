@@ -26,6 +26,8 @@ TEST(ReadIntelHex, EveryNumberedError) {
     } cases[] = {
         {"X0300300002337A1E\n", "1: The record does not begin with ':' simbol."},
         {":0300300\n", "1: The record is too short."},
+        {":00000001F\n", "1: The record is too short."},  // 10 characters; 11 are enough
+        {":0300300002337A1e\n", "1: Invalid 'checksum' field in the record."},
         {":0300300002337A1F\n", "1: Invalid 'checksum' field in the record."},
         {":0300300002337a1e\n", "1: Invalid 'checksum' field in the record."},
         {Record("00000006"), "1: Invalid 'record type' field in the record."},
@@ -94,6 +96,52 @@ TEST(ReadIntelHex, LineEndsBlankAndCommentLines) {
         EXPECT_EQ(buffer.cells[0x32], 0x7A);
         EXPECT_EQ(buffer.lowestAddress, 0x30);
     }
+}
+
+// Line ends are counted after CR became LF and doubled line ends were halved
+// twice, so the line numbers of the messages follow that count: a CR LF line
+// end is one line, a blank line between CR LF lines does not count, and runs
+// of k line ends count ceil(ceil(k/2)/2).
+TEST(ReadIntelHex, LineNumbersCountCollapsedLineEnds) {
+    const std::string ok = ":00000001FF";
+    const std::pair<std::string, int> cases[] = {
+        {"x", 1},
+        {"\nx", 2},
+        {"\n\nx", 2},
+        {"\n\n\nx", 2},
+        {"\n\n\n\nx", 2},
+        {"\n\n\n\n\nx", 3},
+        {"\r\n\r\nx", 2},
+        {"\r\n\r\n\r\nx", 3},
+        {"\r\r\r\r\r\r\r\r\rx", 4},
+        {";a\r\n;b\r\n\r\n;c\r\nx", 4},
+        {"\n;a\n\n\n;b\nx", 4},
+    };
+    for (const auto& [text, line] : cases) {
+        TempFolder dir;
+        ScriptedImageHost host;
+        HexBuffer buffer;
+        ReadIntelHex(dir.Write("p.hex", text + "\n" + ok), buffer, host);
+        EXPECT_EQ(host.Last(), kHead + std::to_string(line) +
+                                   ": The record does not begin with ':' simbol.")
+            << ::testing::PrintToString(text);
+    }
+}
+
+// A long file reads in time proportional to its length: 400,000 records with
+// CR LF line ends (a quadratic line-end pass would not finish).
+TEST(ReadIntelHex, LongFileWithManyLineEnds) {
+    std::string text;
+    const std::string record = Record("04010000DEADBEEF");
+    text.reserve(400000 * (record.size() + 2));
+    for (int i = 0; i < 400000; ++i) text += record.substr(0, record.size() - 1) + "\r\n\r\n";
+    text += ":00000001FF\r\n";
+    TempFolder dir;
+    ScriptedImageHost host;
+    HexBuffer buffer;
+    EXPECT_EQ(ReadIntelHex(dir.Write("p.hex", text), buffer, host), 0x104);
+    EXPECT_TRUE(host.messages.empty());
+    EXPECT_EQ(buffer.cells[0x103], 0xEF);
 }
 
 TEST(ReadIntelHex, OnlyTheEndRecordHasNoData) {

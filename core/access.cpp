@@ -28,7 +28,7 @@ void CheckCycleRestart(const Machine& m, TerminalBinding& t) {
 }
 
 bool TransmitReady(const Machine& m, const TerminalBinding& t) {
-    return m.ClockCycles > t.LastOutCycle + t.BusyTime;
+    return m.ClockCycles > static_cast<long long>(t.LastOutCycle) + t.BusyTime;
 }
 
 void MemoryTerminalRead(Machine& m, TerminalBinding& t, int address) {

@@ -39,12 +39,6 @@ MB_ALWAYS_INLINE int Port(int port) {
     return port & 255;
 }
 
-// The 32-bit counters wrap around instead of overflowing (at Ultimate rate the
-// clock count passes 2^31 within seconds).
-MB_ALWAYS_INLINE int Wrap32(int counter, int add) {
-    return static_cast<int>(static_cast<unsigned>(counter) + static_cast<unsigned>(add));
-}
-
 // A displacement byte (0..255) as -128..127.
 MB_ALWAYS_INLINE int Signed8(int v) {
     return static_cast<signed char>(v);
@@ -126,8 +120,8 @@ MB_ALWAYS_INLINE void EndInstruction(Machine& m) {
     }
 
     // 6, 7.
-    m.InstructionCount = Wrap32(m.InstructionCount, 1);
-    m.ClockCycles = Wrap32(m.ClockCycles, m.TStates);
+    m.InstructionCount = WrapAdd32(m.InstructionCount, 1);
+    m.ClockCycles = WrapAdd32(m.ClockCycles, m.TStates);
     m.HaltState = MayHalt ? m.HaltThisInstruction : 0;
     if (m.PC > 65535) [[unlikely]]
         m.PC -= 65536;

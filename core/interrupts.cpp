@@ -76,8 +76,8 @@ void RunControl::CarryOutNmi() {
     m_.PC = 0x66;
     m_.IFF1 = 0;
     m_.NmiCommandEnabled = m_.IntCommandEnabled = false;
-    m_.ClockCycles += 11;
-    m_.InstructionCount += 1;
+    m_.ClockCycles = WrapAdd32(m_.ClockCycles, 11);
+    m_.InstructionCount = WrapAdd32(m_.InstructionCount, 1);
     m_.CurrentInstructionText = "NMI";
     RedrawRegisters();
     WriteInterruptLogLine();
@@ -93,22 +93,22 @@ void RunControl::CarryOutInt() {
     RedrawRegisters();
     switch (m_.InterruptMode) {
         case 0:
-            m_.ClockCycles += 13;
+            m_.ClockCycles = WrapAdd32(m_.ClockCycles, 13);
             m_.PC = (AskRestartChoice() - 1) * 8;
             break;
         case 1:
-            m_.ClockCycles += 13;
+            m_.ClockCycles = WrapAdd32(m_.ClockCycles, 13);
             m_.PC = 0x38;
             break;
         default: {
-            m_.ClockCycles += 19;
+            m_.ClockCycles = WrapAdd32(m_.ClockCycles, 19);
             const int vector = hooks_.SpectrumActive ? 0 : AskVector();
             const int at = m_.I * 256 + vector;
             m_.PC = m_.MemoryImage[at] + m_.MemoryImage[at + 1] * 256;
             break;
         }
     }
-    m_.InstructionCount += 1;
+    m_.InstructionCount = WrapAdd32(m_.InstructionCount, 1);
     m_.CurrentInstructionText = "INT";
     RedrawRegisters();
     WriteInterruptLogLine();

@@ -8,6 +8,8 @@ void clean(Machine& m) {
     m.InstructionCount = 0;
     m.ClockCycles = 0;
     m.HaltState = 0;
+    m.InstructionTotal = m.ClockCycleTotal = 0;
+    m.TotalsSeenInstructions = m.TotalsSeenCycles = 0;
 
     const bool ff = m.FFPowerOnDefaults != "OFF";
     const int byte = ff ? 255 : 0;
@@ -25,6 +27,15 @@ void clean(Machine& m) {
     m.LastReadAddress = -1;
     m.LastWriteAddress = -1;
     if ((m.EndStageMask & kEndStageViews) && m.EndStage) m.EndStage->RefreshViews(m);
+}
+
+void SyncCounterTotals(Machine& m) {
+    const unsigned instructions = static_cast<unsigned>(m.InstructionCount);
+    const unsigned cycles = static_cast<unsigned>(m.ClockCycles);
+    m.InstructionTotal += instructions - m.TotalsSeenInstructions;
+    m.ClockCycleTotal += cycles - m.TotalsSeenCycles;
+    m.TotalsSeenInstructions = instructions;
+    m.TotalsSeenCycles = cycles;
 }
 
 void RefreshMemoryMirror(Machine& m) {

@@ -74,11 +74,20 @@ struct Machine {
     // A as it was just before IN A,(n) replaced it (B for the IN r,(C) family).
     int PrevA = 0;
 
-    // Counters.
+    // Counters. The two 32-bit counts wrap around in a long run (at Ultimate the
+    // clock count passes 2^31 within seconds); devices and modules read them
+    // as they are.
     int InstructionCount = 0;
     int ClockCycles = 0;
     int TStates = 0;
     int HaltState = 0;
+
+    // Totals of the same counts that do not wrap, for the display and the
+    // statistics; SyncCounterTotals brings them up to date.
+    long long InstructionTotal = 0;
+    long long ClockCycleTotal = 0;
+    unsigned TotalsSeenInstructions = 0;  // the counts at the last SyncCounterTotals
+    unsigned TotalsSeenCycles = 0;
 
     // Instruction texts and the PC of the instruction being executed.
     std::string CurrentInstructionText;
@@ -132,6 +141,16 @@ struct Machine {
 // Resets the machine to its power-on state (registers per FFPowerOnDefaults,
 // PC := StartingAddress, counters and texts cleared). Memory and ports stay.
 void clean(Machine& m);
+
+// Adds to the totals what the 32-bit counts advanced since the last call. It
+// must run at least once per 2^32 instructions and clock cycles, which the run
+// loop's checks do many times over; clean resets both.
+void SyncCounterTotals(Machine& m);
+
+// A 32-bit counter advanced with wrap-around instead of overflow.
+inline int WrapAdd32(int counter, int add) {
+    return static_cast<int>(static_cast<unsigned>(counter) + static_cast<unsigned>(add));
+}
 
 // Copies cells 0..4 into the five mirror cells above FFFFH (done at Start).
 void RefreshMemoryMirror(Machine& m);

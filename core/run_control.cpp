@@ -231,12 +231,14 @@ void RunControl::Shutdown() {
     StartEnabled = true;
     CommandsChanged();
 
+    SyncCounterTotals(m_);
     const bool logged = log_.IsOpen();
-    if (logged) log_.Close(host_.Now(), seconds, m_.ClockCycles, m_.ClockMHz);
+    if (logged) log_.Close(host_.Now(), seconds, m_.ClockCycleTotal, m_.ClockMHz);
     log_.IoStop();
     UpdateEndStageMask();
 
-    lastStatistics_ = StatisticsText(m_.InstructionCount, seconds, m_.ClockCycles, m_.ClockMHz);
+    lastStatistics_ =
+        StatisticsText(m_.InstructionTotal, seconds, m_.ClockCycleTotal, m_.ClockMHz);
     host_.ShowMessage(lastStatistics_);
     if (logged) host_.ShowFile(log_.LogPath());
     host_.SetUltimateTimer(0);
@@ -337,10 +339,12 @@ void RunControl::RunLoop() {
                 if (LeaveLoop()) break;
                 if (--countdown > 0) continue;
                 countdown = kSliceCheck;
+                SyncCounterTotals(m_);
                 if (host_.MonotonicSeconds() - sliceStart < kSliceSeconds) continue;
                 host_.Yield();
                 sliceStart = host_.MonotonicSeconds();
             } else {
+                SyncCounterTotals(m_);
                 host_.Yield();
                 WaitAfterInstruction();
                 host_.Yield();
@@ -363,6 +367,7 @@ void RunControl::RunLoop() {
 }
 
 void RunControl::FinalRedraw() {
+    SyncCounterTotals(m_);
     m_.CurrentInstructionText = InstructionTextAt(m_, m_.InstructionPC);
     SetNextInstructionText();
     host_.RefreshViews(kViewRegisters | kViewWatch);

@@ -25,7 +25,7 @@ std::string FlagDigits(int s, int z, int y, int h, int x, int p, int n, int c) {
     return out;
 }
 
-std::string CountColumn(int count) {
+std::string CountColumn(long long count) {
     std::string text = std::to_string(count >= 1000000 ? count % 1000000 : count);
     const size_t width = count >= 1000000 ? 6 : 7;
     std::string out;
@@ -61,7 +61,8 @@ std::string TimeText(const LocalDateTime& t) {
 }
 
 std::string LogLineText(const Machine& m, int address, const std::string& instruction) {
-    std::string line = CountColumn(m.InstructionCount) + pb_hex4(address) + "  " + instruction;
+    // The 32-bit count read as unsigned, so a long run never shows a minus sign.
+    std::string line = CountColumn(static_cast<unsigned>(m.InstructionCount)) + pb_hex4(address) + "  " + instruction;
     if (instruction.size() < 16) line.append(16 - instruction.size(), ' ');
     line += pb_hex2(m.A) + " ";
     line +=
@@ -77,11 +78,13 @@ std::string LogLineText(const Machine& m, int address, const std::string& instru
     return line;
 }
 
-std::string ElapsedTimeText(int cycles, float mhz) {
+std::string ElapsedTimeText(long long cycles, float mhz) {
     const double exact = static_cast<double>(cycles) * 100.0 / static_cast<double>(mhz);
-    const long long v =
-        cycles >= 10000000 ? static_cast<long long>(std::floor(exact)) : std::llround(exact);
-    std::string digits = std::to_string(v);
+    // Printed from the double, so that any total of a long run has its digits.
+    char text[400];
+    std::snprintf(text, sizeof text, "%.0f",
+                  cycles >= 10000000 ? std::floor(exact) : std::round(exact));
+    std::string digits = text;
     if (digits.size() == 1) digits = "00" + digits;
     if (digits.size() == 2) digits = "0" + digits;
     return digits.substr(0, digits.size() - 2) + "." + digits.substr(digits.size() - 2) +
@@ -107,7 +110,8 @@ float ElapsedSeconds(float start, double now) {
     return static_cast<float>(now - start);
 }
 
-std::string StatisticsText(int count, const std::string& seconds, int cycles, float mhz) {
+std::string StatisticsText(long long count, const std::string& seconds, long long cycles,
+                           float mhz) {
     return "Total number of executed instructions is " + std::to_string(count) + ".\n" + seconds +
            " seconds elapsed.\n" + "Real-time duration of the simulation is " +
            std::to_string(cycles) + " clock cycles or " + ElapsedTimeText(cycles, mhz) + " at " +
@@ -147,7 +151,8 @@ void SimLog::WriteLine(const std::string& line) {
     std::fwrite(text.data(), 1, text.size(), file_);
 }
 
-void SimLog::Close(const LocalDateTime& now, const std::string& seconds, int cycles, float mhz) {
+void SimLog::Close(const LocalDateTime& now, const std::string& seconds, long long cycles,
+                   float mhz) {
     if (!file_) return;
     WriteLine("Simulation stopped at " + DateText(now) + " " + TimeText(now) + ".");
     WriteLine(seconds + " seconds elapsed.");

@@ -24,7 +24,7 @@ std::string LogLineText(const Machine& m, int address, const std::string& instru
 
 // Simulated time of `cycles` at `mhz`, always in microseconds: "1000.00µs"
 // (UTF-8; the log file gets the single-byte form).
-std::string ElapsedTimeText(int cycles, float mhz);
+std::string ElapsedTimeText(long long cycles, float mhz);
 // "4.0MHz", "0.5MHz".
 std::string FrequencyText(float mhz);
 // Whole seconds, ".", hundredths with no leading zero: 12.05 s gives "12.5".
@@ -33,7 +33,8 @@ std::string SecondsText(double seconds);
 // midnight counts from the day before.
 float ElapsedSeconds(float start, double now);
 // The three lines shown at Stop.
-std::string StatisticsText(int count, const std::string& seconds, int cycles, float mhz);
+std::string StatisticsText(long long count, const std::string& seconds, long long cycles,
+                           float mhz);
 
 class SimLog {
   public:
@@ -53,7 +54,7 @@ class SimLog {
     bool IsOpen() const { return file_ != nullptr; }
     void WriteLine(const std::string& line);
     // Tail and close.
-    void Close(const LocalDateTime& now, const std::string& seconds, int cycles, float mhz);
+    void Close(const LocalDateTime& now, const std::string& seconds, long long cycles, float mhz);
 
     // io.txt: one IN or OUT line; "RESET"; the two empty lines of Stop.
     void IoAccess(const Machine& m, const LocalDateTime& now, int port, int value, bool in);

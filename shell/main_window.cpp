@@ -441,8 +441,10 @@ void MainWindow::ekran() {
     }
     current_->setText(QString::fromStdString(m_->CurrentInstructionText));
     next_->setText(QString::fromStdString(m_->NextInstructionText));
-    count_->setText(QString::number(m_->InstructionCount));
-    cycles_->setText(QString::number(m_->ClockCycles));
+    // The wide totals: a long run never shows a wrapped, negative count.
+    SyncCounterTotals(*m_);
+    count_->setText(QString::number(m_->InstructionTotal));
+    cycles_->setText(QString::number(m_->ClockCycleTotal));
     const QString program = QString::fromStdString(images_->ProgramFileName());
     program_->setText(program);
     program_->setToolTip(program);

@@ -164,6 +164,60 @@ TEST_F(RunControlTest, HaltStopsTheRunWithStatistics) {
     EXPECT_EQ(rc.LastStatistics(), host.messages[0]);
 }
 
+// A long run passes 2^31 clock cycles and, later, instructions: the 32-bit
+// counts wrap as devices expect, while the statistics and the log's tail give
+// the true totals. The run is placed just below the wrap as if it had got there.
+TEST_F(RunControlTest, LongRunTotalsNeverShowAWrappedCount) {
+    Load(0, {0x00, 0x00, 0x00, 0x00, 0x76});  // four NOPs; HALT
+    m.ClockMHz = 4.0f;
+    for (int rate : {kRateFast, kRateUltimate}) {
+        SCOPED_TRACE(rate);
+        host.messages.clear();
+        SetRate(kRateStepByStep);
+        rc.menustart();
+        const long long nearWrap = 2147483647LL - 3;
+        m.InstructionCount = m.ClockCycles = static_cast<int>(nearWrap);
+        m.InstructionTotal = m.ClockCycleTotal = 4LL * 4294967296LL + nearWrap;
+        m.TotalsSeenInstructions = m.TotalsSeenCycles = static_cast<unsigned>(nearWrap);
+        rc.Command1();  // NMI: 11 clock cycles, past the wrap of the 32-bit count
+        EXPECT_LT(m.ClockCycles, 0);
+        m.PC = 0;
+        rc.menuspeed(rate);  // runs to the HALT
+        ASSERT_FALSE(rc.SimulationRunning);
+        EXPECT_LT(m.InstructionCount, 0);
+        const long long instructions = 4LL * 4294967296LL + nearWrap + 1 + 5;
+        const long long cycles = 4LL * 4294967296LL + nearWrap + 11 + 5 * 4;
+        ASSERT_EQ(host.messages.size(), 1u);
+        EXPECT_NE(host.messages[0].find("Total number of executed instructions is " +
+                                        std::to_string(instructions) + ".\n"),
+                  std::string::npos)
+            << host.messages[0];
+        std::string time = std::to_string(cycles * 25);  // microseconds at 4 MHz, times 100
+        time.insert(time.size() - 2, ".");
+        EXPECT_NE(host.messages[0].find("Real-time duration of the simulation is " +
+                                        std::to_string(cycles) + " clock cycles or " + time +
+                                        "\xC2\xB5s at 4.0MHz."),
+                  std::string::npos)
+            << host.messages[0];
+    }
+}
+
+// Start copies cells 0..4 over the five mirror cells, so an instruction at
+// the top of memory reads its operands from what address 0 holds now.
+TEST_F(RunControlTest, StartRefreshesTheMemoryMirror) {
+    Load(0, {0x11, 0x22, 0x33, 0x44, 0x55});
+    for (int i = 0; i < 5; ++i) m.MemoryImage[kMemorySize + i] = 0xEE;
+    m.MemoryImage[0xFFFF] = 0x21;  // LD HL,nn with its operand in the mirror: 2211H
+    m.StartingAddress = 0xFFFF;
+    SetRate(kRateStepByStep);
+    rc.menustart();
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(m.MemoryImage[kMemorySize + i], 0x11 * (i + 1)) << i;
+    rc.menustep();
+    EXPECT_EQ(RegHL(m), 0x2211);
+    EXPECT_EQ(m.PC, 2);
+    rc.menustop();
+}
+
 TEST_F(RunControlTest, UltimateSetsTheTimerAndRefreshesOnlyOnItsTick) {
     Load(0, kCountingLoop);
     SetRate(kRateUltimate);

@@ -21,7 +21,7 @@ using testing::ScriptedHost;
 
 TEST(SimLogTexts, ElapsedTimeFrequencyAndSeconds) {
     struct TimeCase {
-        int cycles;
+        long long cycles;
         float mhz;
         const char* text;
     };
@@ -34,6 +34,9 @@ TEST(SimLogTexts, ElapsedTimeFrequencyAndSeconds) {
              {1, 3.0f, "0.33\xC2\xB5s"},
              {2, 3.0f, "0.67\xC2\xB5s"},               // rounded below ten million cycles
              {20000002, 3.0f, "6666667.33\xC2\xB5s"},  // cut from ten million on
+             {9999997, 6.0f, "1666666.17\xC2\xB5s"},   // the last count that is rounded
+             {10000000, 6.0f, "1666666.66\xC2\xB5s"},  // ten million itself is cut
+             {1099511627776LL, 1.0f, "1099511627776.00\xC2\xB5s"},  // 2^40 cycles
          }) {
         EXPECT_EQ(ElapsedTimeText(c.cycles, c.mhz), c.text) << c.cycles << " at " << c.mhz;
     }

@@ -71,8 +71,12 @@ TEST_F(DisassemblerTest, JumpIntoTheMiddleOfAnInstructionBecomesAnEqu) {
     EXPECT_NE(withOpcodes.find("L0002:  0004"), std::string::npos);
 }
 
+// Any start above 0000H, even 0001H, needs an ORG line for the listing to
+// assemble back at the same addresses; 0000H needs none.
 TEST_F(DisassemblerTest, StartAboveZeroWritesOrg) {
     Load("jumps.obj");
+    EXPECT_EQ(Listing(0, false).find(".ORG"), std::string::npos);
+    EXPECT_NE(Listing(1, false).find("        .ORG 0001H\r\n"), std::string::npos);
     const std::string source = Listing(2, false);
     EXPECT_NE(source.find("        .ORG 0002H\r\n        JP L0001\r\n"), std::string::npos);
 }

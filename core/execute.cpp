@@ -488,7 +488,8 @@ MB_NOINLINE void RunEndStage(Machine& m) {
     if (m.EndStageMask & kEndStageViews) stage->RefreshViews(m);
     if (m.EndStageMask & kEndStageLog) stage->WriteLogLine(m);
     if (m.EndStageMask & kEndStageRequests) stage->ServeRequests(m);
-    if (m.EndStageMask & kEndStageDebug) stage->DebugChecks(m);
+    if ((m.EndStageMask & kEndStageDebug) || m.AddressMarks[static_cast<unsigned>(m.PC) & 0xFFFFu])
+        stage->DebugChecks(m);
     if (m.EndStageMask & kEndStageSpectrum) stage->SpectrumWork(m);
     if (m.EndStageMask & kEndStageModules) stage->ModuleRefresh(m);
 }
@@ -543,10 +544,15 @@ constexpr exec::GroupTable kOpcodeTable = MakeOpcodeTable(std::make_integer_sequ
 
 }  // namespace
 
-// Step 8, the next text, and steps 9 to 14.
+// Step 8, the next text, and steps 9 to 14. The text bit of the mask is set by
+// each instruction that starts below Ultimate, and drops here at the first one
+// that started at Ultimate.
 MB_NOINLINE void exec::FinishInstruction(Machine& m) {
-    if (m.TextMode) SetNextText(m);
-    if (m.EndStageMask) RunEndStage(m);
+    if (m.TextMode)
+        SetNextText(m);
+    else
+        m.EndStageMask &= ~kEndStageText;
+    RunEndStage(m);
 }
 
 namespace {
@@ -576,9 +582,10 @@ MB_ALWAYS_INLINE void StartInstruction(Machine& m) {
 MB_NOINLINE void ExecuteSlowStart(Machine& m) {
     // 1. The EI of the previous instruction takes effect now.
     if (m.EiPending) EnableInterruptsAfterEi(m);
-    if (m.SimulationRate != kRateUltimate)
+    if (m.SimulationRate != kRateUltimate) {
+        m.EndStageMask |= kEndStageText;
         StartInstruction<true>(m);
-    else
+    } else
         StartInstruction<false>(m);
 }
 

@@ -126,8 +126,8 @@ MB_ALWAYS_INLINE void EndInstruction(Machine& m) {
     if (m.PC > 65535) [[unlikely]]
         m.PC -= 65536;
 
-    // 8 to 14.
-    if (m.TextMode | m.EndStageMask) [[unlikely]]
+    // 8 to 14, when the stage has work or PC has arrived on a marked address.
+    if (m.EndStageMask | m.AddressMarks[static_cast<unsigned>(m.PC) & 0xFFFFu]) [[unlikely]]
         FinishInstruction(m);
 }
 

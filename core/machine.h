@@ -36,6 +36,12 @@ enum EndStageBits {
     kEndStageDebug = 1 << 3,     // breakpoints, tracking, #sim directives
     kEndStageSpectrum = 1 << 4,  // ZX Spectrum interface work
     kEndStageModules = 1 << 5,   // objectrefresh to external modules
+    kEndStageText = 1 << 6,      // rates below Ultimate: the next instruction's text
+};
+
+// Bits of Machine::AddressMarks, one per kind of client.
+enum AddressMarkBits {
+    kMarkHostChecks = 1 << 0,  // checks of the program that hosts the machine (mbsim)
 };
 
 struct Machine;
@@ -130,6 +136,12 @@ struct Machine {
     int EndStageMask = 0;
     EndStageHandler* EndStage = nullptr;
 
+    // Addresses whose arrival has work for the end of an instruction (bits of
+    // AddressMarkBits): an instruction that leaves PC on a marked address runs
+    // the debugging checks of the end stage, while any other address costs one
+    // table test.
+    std::array<unsigned char, kMemorySize> AddressMarks{};
+
     // Devices on the data paths: nonzero AccessHookMask means Hooks is consulted.
     int AccessHookMask = 0;
     AccessHooks* Hooks = nullptr;
@@ -150,6 +162,12 @@ void SyncCounterTotals(Machine& m);
 // A 32-bit counter advanced with wrap-around instead of overflow.
 inline int WrapAdd32(int counter, int add) {
     return static_cast<int>(static_cast<unsigned>(counter) + static_cast<unsigned>(add));
+}
+
+// Sets or clears the bit `mark` of AddressMarks at one address.
+inline void MarkAddress(Machine& m, int address, int mark, bool on = true) {
+    unsigned char& cell = m.AddressMarks[static_cast<unsigned>(address) & 0xFFFFu];
+    cell = static_cast<unsigned char>(on ? (cell | mark) : (cell & ~mark));
 }
 
 // Copies cells 0..4 into the five mirror cells above FFFFH (done at Start).

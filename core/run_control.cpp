@@ -92,10 +92,11 @@ void RunControl::LoadSettings() {
 void RunControl::UpdateEndStageMask() {
     int mask = 0;
     const bool ultimate = m_.SimulationRate == kRateUltimate;
+    if (!ultimate) mask |= kEndStageText;
     if (!ultimate || UltimateRefreshDue || watchViewOpen_) mask |= kEndStageViews;
     if (log_.IsOpen() || logViewerOpen_) mask |= kEndStageLog;
     if (m_.NmiRequest || m_.IntRequest) mask |= kEndStageRequests;
-    if (Debug) mask |= kEndStageDebug;
+    if (Debug && Debug->EveryInstruction()) mask |= kEndStageDebug;
     if (Spectrum && hooks_.SpectrumActive) mask |= kEndStageSpectrum;
     for (ExternalModule* module : hooks_.Modules) {
         if (module) mask |= kEndStageModules;
@@ -330,28 +331,7 @@ void RunControl::WaitAfterInstruction() {
 void RunControl::RunLoop() {
     RunLoopActive = 1;
     for (;;) {
-        int countdown = kSliceCheck;
-        double sliceStart = host_.MonotonicSeconds();
-        for (;;) {
-            ExecuteInstruction(m_);
-            if (m_.SimulationRate >= kRateExtremelyFast) {
-                // Fast rates: yield once per time slice.
-                if (LeaveLoop()) break;
-                if (--countdown > 0) continue;
-                countdown = kSliceCheck;
-                SyncCounterTotals(m_);
-                if (host_.MonotonicSeconds() - sliceStart < kSliceSeconds) continue;
-                host_.Yield();
-                sliceStart = host_.MonotonicSeconds();
-            } else {
-                SyncCounterTotals(m_);
-                host_.Yield();
-                WaitAfterInstruction();
-                host_.Yield();
-            }
-            if (LeaveLoop()) break;
-        }
-
+        TurnLoop();
         FinalRedraw();
         if (m_.StopRequest) menustop();
         if (!ResetHold) break;
@@ -364,6 +344,50 @@ void RunControl::RunLoop() {
         if (!ResetFromText()) break;
     }
     RunLoopActive = 0;
+}
+
+// The instructions of RunLoop, until it is to be left.
+void RunControl::TurnLoop() {
+    int countdown = BatchLength();
+    double sliceStart = host_.MonotonicSeconds();
+    for (;;) {
+        ExecuteInstruction(m_);
+        if (m_.SimulationRate >= kRateExtremelyFast) {
+            // Fast rates: yield once per time slice; between two looks at the
+            // clock a batch of instructions costs a counter each.
+            if (LeaveLoop()) return;
+            if (--countdown > 0) continue;
+            SyncCounterTotals(m_);
+            if (InstructionLimitStop()) return;
+            countdown = BatchLength();
+            if (host_.MonotonicSeconds() - sliceStart < kSliceSeconds) continue;
+            host_.Yield();
+            sliceStart = host_.MonotonicSeconds();
+        } else {
+            SyncCounterTotals(m_);
+            if (InstructionLimitStop()) return;
+            host_.Yield();
+            WaitAfterInstruction();
+            host_.Yield();
+        }
+        if (LeaveLoop()) return;
+    }
+}
+
+// Instructions until the next look at the clock: a batch, or fewer when the
+// instruction limit comes first.
+int RunControl::BatchLength() const {
+    if (InstructionLimit <= 0) return kSliceCheck;
+    const long long left = InstructionLimit - m_.InstructionCount;
+    return static_cast<int>(std::clamp<long long>(left, 1, kSliceCheck));
+}
+
+bool RunControl::InstructionLimitStop() {
+    if (InstructionLimit <= 0 || m_.InstructionCount < InstructionLimit || m_.StopRequest)
+        return false;
+    m_.StopRequest = true;
+    InstructionLimitReached = true;
+    return true;
 }
 
 void RunControl::FinalRedraw() {

@@ -26,8 +26,11 @@ class SettingsStore;
 class DebugStage {
   public:
     virtual ~DebugStage() = default;
-    // Step 12 of the cycle, in its fixed order.
+    // Step 12 of the cycle, in its fixed order: after every instruction when
+    // EveryInstruction says so, otherwise only when PC arrives on an address
+    // marked in Machine::AddressMarks.
     virtual void Checks(Machine& m) = 0;
+    virtual bool EveryInstruction() const { return true; }
     // Start: clear tracking, source breakpoint lists and highlights.
     virtual void PrepareStart() = 0;
     // Stop: the BASIC and Assembler windows clear their run state.
@@ -89,6 +92,10 @@ class RunControl : public EndStageHandler {
     int NextBasicActive = 0;
     int NextBasicRate = 2;  // 0 Normal, 1 Fast, 2 Extremely Fast, 3 Ultimate
     float StartTimer = 0;
+    // When above 0, the run stops once InstructionCount has reached it, and
+    // InstructionLimitReached tells that this was the reason.
+    long long InstructionLimit = 0;
+    bool InstructionLimitReached = false;
     bool BreakRequest = false;  // a device asked for a break (served by DebugStage)
     int PendingKeyValue = -1;   // the pending keyboard value of the IN dialog
 
@@ -158,6 +165,9 @@ class RunControl : public EndStageHandler {
     bool WaitDelay(int count);
     void WaitAfterInstruction();
     bool LeaveLoop() const;
+    void TurnLoop();
+    int BatchLength() const;
+    bool InstructionLimitStop();
     void FinalRedraw();
     void SetNextInstructionText();
     void CommandsChanged();

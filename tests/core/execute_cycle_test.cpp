@@ -55,6 +55,51 @@ TEST(ExecuteCycle, EndStageRunsActiveStepsInOrder) {
     }
 }
 
+// An address mark brings the debugging checks to the end of exactly those
+// instructions that leave PC on the marked address, whatever way they get there.
+TEST(ExecuteCycle, MarkedAddressRunsTheDebugChecks) {
+    struct Case {
+        const char* what;
+        std::vector<int> program;
+        int mark;
+        int steps;
+        int checks;  // instructions whose end ran the checks
+    } cases[] = {
+        {"falls through onto it", {0x00, 0x00, 0x00}, 0x0002, 3, 1},
+        {"jumps onto it", {0xC3, 0x10, 0x00}, 0x0010, 1, 1},
+        {"calls it", {0xCD, 0x05, 0x00}, 0x0005, 1, 1},
+        {"passes by", {0x00, 0x00, 0x00}, 0x0100, 3, 0},
+        {"loops on it", {0x00, 0x18, 0xFD}, 0x0000, 6, 3},  // NOP; JR -1 back to 0000H
+        {"wraps onto 0000H", {}, 0x0000, 1, 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Cpu cpu;
+        cpu.m.SimulationRate = kRateUltimate;  // no text: only the mark opens the stage
+        RecordingStage stage;
+        cpu.m.EndStage = &stage;
+        cpu.Load(0, c.program);
+        if (c.program.empty()) {
+            cpu.m.MemoryImage[0xFFFF] = 0x00;  // NOP at the top of memory
+            cpu.m.PC = 0xFFFF;
+        }
+        MarkAddress(cpu.m, c.mark, kMarkHostChecks);
+        cpu.Step(c.steps);
+        EXPECT_EQ(static_cast<int>(stage.calls.size()), c.checks);
+        for (const std::string& call : stage.calls) EXPECT_EQ(call, "debug");
+    }
+}
+
+TEST(ExecuteCycle, AddressMarksAreBitsOfTheirOwners) {
+    Machine m;
+    MarkAddress(m, 0x1234, kMarkHostChecks);
+    MarkAddress(m, 0x1234, 0x80);
+    MarkAddress(m, 0x1234, kMarkHostChecks, false);
+    EXPECT_EQ(m.AddressMarks[0x1234], 0x80);
+    MarkAddress(m, 0x11234, kMarkHostChecks);  // addresses are 16 bits
+    EXPECT_EQ(m.AddressMarks[0x1234], 0x80 | kMarkHostChecks);
+}
+
 TEST(ExecuteCycle, EndStageWithoutHandlerIsSkipped) {
     Cpu cpu;
     cpu.m.EndStageMask = kEndStageLog;

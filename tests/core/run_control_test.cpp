@@ -202,6 +202,32 @@ TEST_F(RunControlTest, LongRunTotalsNeverShowAWrappedCount) {
     }
 }
 
+// An instruction limit stops the run after exactly that many instructions at
+// every rate, also where it falls inside or at the edge of a batch between two
+// looks at the clock.
+TEST_F(RunControlTest, InstructionLimitStopsAtExactlyItsCount) {
+    Load(0, kCountingLoop);
+    for (int rate : {kRateFast, kRateExtremelyFast, kRateUltimate}) {
+        for (long long limit : {1LL, 100LL, 511LL, 512LL, 513LL, 1500LL}) {
+            SCOPED_TRACE(std::to_string(rate) + " / " + std::to_string(limit));
+            rc.InstructionLimit = limit;
+            rc.InstructionLimitReached = false;
+            SetRate(rate);
+            rc.menustart();
+            EXPECT_FALSE(rc.SimulationRunning);
+            EXPECT_TRUE(rc.InstructionLimitReached);
+            EXPECT_EQ(m.InstructionTotal, limit);
+        }
+    }
+    // A HALT on the last counted instruction is the reason, not the limit.
+    Load(0, {0x00, 0x76});
+    rc.InstructionLimit = 2;
+    rc.InstructionLimitReached = false;
+    rc.menustart();
+    EXPECT_FALSE(rc.InstructionLimitReached);
+    EXPECT_EQ(m.InstructionTotal, 2);
+}
+
 // Start copies cells 0..4 over the five mirror cells, so an instruction at
 // the top of memory reads its operands from what address 0 holds now.
 TEST_F(RunControlTest, StartRefreshesTheMemoryMirror) {

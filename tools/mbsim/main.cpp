@@ -269,36 +269,41 @@ class ConsoleTerminal : public mb::TerminalDevice {
     void outterm_addbyte(int value) override { std::putchar(value & 0xFF); }
 };
 
-// End-of-instruction checks of the command: the stop address, the instruction
-// limit and the CP/M entry points.
+// The command's own checks at the end of an instruction: the stop address and
+// the CP/M entry points. They run only when PC arrives on one of the addresses
+// they mark, so every other instruction pays one table test for them.
 class ConsoleChecks : public mb::DebugStage {
   public:
-    ConsoleChecks(const Options& o, mb::Machine& m) : options_(o), m_(m) {}
-    bool LimitReached = false;
+    ConsoleChecks(const Options& o, mb::Machine& m) : options_(o), m_(m) {
+        if (o.cpm) {
+            mb::MarkAddress(m, kWarmBoot, mb::kMarkHostChecks);
+            mb::MarkAddress(m, kBdosEntry, mb::kMarkHostChecks);
+        }
+        if (o.stopAt >= 0) mb::MarkAddress(m, o.stopAt, mb::kMarkHostChecks);
+    }
 
+    bool EveryInstruction() const override { return false; }
     void Checks(mb::Machine& m) override {
         if (options_.cpm) {
-            if (m.PC == 5) ServeBdos(m);
-            if (m.PC == 0) m.StopRequest = true;
+            if (m.PC == kBdosEntry) ServeBdos(m);
+            if (m.PC == kWarmBoot) m.StopRequest = true;
         }
         if (m.PC == options_.stopAt) m.StopRequest = true;
-        if (options_.maxInstructions > 0 && m.InstructionCount >= options_.maxInstructions &&
-            !m.StopRequest) {
-            m.StopRequest = true;
-            LimitReached = true;
-        }
     }
     // Start has just run clean: a CP/M program finds a stack below the BDOS
     // whose top returns to the warm boot at 0000H.
     void PrepareStart() override {
         if (!options_.cpm) return;
         m_.SP = 0xFE00;
-        mb::PushWord(m_, 0x0000);
+        mb::PushWord(m_, kWarmBoot);
     }
     void RunEnded() override {}
     bool NextBasicAvailable() override { return false; }
 
   private:
+    static constexpr int kWarmBoot = 0x0000;
+    static constexpr int kBdosEntry = 0x0005;
+
     void ServeBdos(mb::Machine& m) {
         switch (m.C) {
             case 0: m.StopRequest = true; break;
@@ -378,7 +383,8 @@ int main(int argc, char** argv) {
     mb::SimLog log;
     mb::RunControl rc(m, host, settings, hooks, log);
     ConsoleChecks checks(o, m);
-    if (o.cpm || o.stopAt >= 0 || o.maxInstructions > 0) rc.Debug = &checks;
+    if (o.cpm || o.stopAt >= 0) rc.Debug = &checks;
+    rc.InstructionLimit = o.maxInstructions;
     if (o.outPort >= 0 || o.inPort >= 0) {
         hooks.PortTerminal = {true, o.outPort, -1, 0, o.inPort, -1, 0, 0, 0, &terminal};
     }
@@ -393,5 +399,5 @@ int main(int argc, char** argv) {
         std::printf("%d instructions in %.3f s: %.0f instructions per second\n", m.InstructionCount,
                     seconds, seconds > 0 ? m.InstructionCount / seconds : 0.0);
     }
-    return checks.LimitReached ? kExitInstructionLimit : kExitNormal;
+    return rc.InstructionLimitReached ? kExitInstructionLimit : kExitNormal;
 }

@@ -131,32 +131,57 @@ TEST_F(Evaluator, NoOperatorPrecedenceRunsLeftToRight) {
     EXPECT_EQ(Eval("2+low 1234H", true), 0x36);
 }
 
-TEST_F(Evaluator, LogLayout) {
-    ExpressionContext ctx;
-    ctx.symbols = &symbols;
-    ctx.programCounter = 5;
-    Evaluation ev = EvaluateWithLog("$+2*3", ctx);
-    EXPECT_EQ(ev.value, 11);
-    const std::string want =
-        "Original: $+2*3\n"
-        "Infix: 5 + 2 * 3\n"
-        "Postfix: 5 2 3 * +\n"
-        "Execution:\n"
-        "6 = 2 * 3" +
-        std::string(71, ' ') +
-        "stack: 5 6\n"
-        "11 = 5 + 6" +
-        std::string(70, ' ') +
-        "stack: 11\n"
-        "Output: 11 11\n";
-    EXPECT_EQ(ev.log, want);
-}
-
 class RecordingReporter : public EvaluationReporter {
   public:
     void ShowEvaluationError(const std::string& text) override { shown.push_back(text); }
     std::vector<std::string> shown;
 };
+
+// A log line padded so that "stack:" begins at column 81.
+std::string StackLine(const std::string& line, const std::string& stack) {
+    return line + std::string(80 - line.size(), ' ') + "stack: " + stack + "\n";
+}
+
+TEST_F(Evaluator, LogLayoutAndTheErrorBox) {
+    struct Case {
+        const char* text;
+        int value;
+        std::string log;
+    } cases[] = {
+        {"$+2*3", 11,
+         "Original: $+2*3\n"
+         "Infix: 5 + 2 * 3\n"
+         "Postfix: 5 2 3 * +\n"
+         "Execution:\n" +
+             StackLine("6 = 2 * 3", "5 6") + StackLine("11 = 5 + 6", "11") + "Output: 11 11\n"},
+        {"(2+3)*low 260/0", kExpressionError,
+         "Original: (2+3)*low 260/0\n"
+         "Infix: ( 2 + 3 ) * low 260 / 0\n"
+         "Postfix: 2 3 + 260 low * 0 /\n"
+         "Execution:\n" +
+             StackLine("5 = 2 + 3", "5") + StackLine("4 = low (260)", "5 4") +
+             StackLine("20 = 5 * 4", "20")},
+        {"1+(2", kExpressionError, "Original: 1+(2\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        RecordingReporter reporter;
+        bool latch = false;
+        ExpressionContext ctx{&symbols, 5, false, &latch, &reporter};
+        const Evaluation ev = EvaluateWithLog(c.text, ctx);
+        EXPECT_EQ(ev.value, c.value);
+        EXPECT_EQ(ev.log, c.log);
+        // The box of a failure shows the same log.
+        EXPECT_EQ(EvaluateExpression(c.text, false, ctx), c.value);
+        if (c.value == kExpressionError) {
+            ASSERT_EQ(reporter.shown.size(), 1u);
+            EXPECT_EQ(reporter.shown[0], "Error evaluating expression: " + std::string(c.text) +
+                                             "\nExpression evaluation log:\n" + c.log);
+        } else {
+            EXPECT_TRUE(reporter.shown.empty());
+        }
+    }
+}
 
 TEST_F(Evaluator, OneErrorBoxPerRun) {
     RecordingReporter reporter;

@@ -123,6 +123,45 @@ TEST_F(Encoding, RelativeJumps) {
               "Invalid argument of the instruction. '130' (-126-129 value expected)");
 }
 
+// The byte of a relative jump is the distance from the instruction's start minus 2,
+// which must fit -128 to 127: distances from -126 to 129.
+TEST_F(Encoding, RelativeJumpRangeAtBothEnds) {
+    const std::string below = " (-126-129 value expected)";
+    struct Case {
+        const char* statement;  // at 1000h
+        int displacement;       // of the byte, distance - 2
+        std::string want;
+    } cases[] = {
+        {" JR $-124", -126, "18 82"},
+        {" JR $-125", -127, "18 81"},
+        {" JR $-126", -128, "18 80"},
+        {" JR $-127", -129, "Invalid argument of the instruction. '-127'" + below},
+        {" JR $+128", 126, "18 7E"},
+        {" JR $+129", 127, "18 7F"},
+        {" JR $+130", 128, "Invalid argument of the instruction. '130'" + below},
+        // A label is an address too; a plain number is the distance itself.
+        {" JR T\nT EQU 1000h-126", -128, "18 80"},
+        {" JR T\nT EQU 1000h-127", -129, "Invalid argument of the instruction. '-127'" + below},
+        {" JR T\nT EQU 1000h+129", 127, "18 7F"},
+        {" JR T\nT EQU 1000h+130", 128, "Invalid argument of the instruction. '130'" + below},
+        {" JR -126", -128, "18 80"},
+        {" JR -127", -129, "Invalid argument of the instruction. '-127'" + below},
+        {" JR 129", 127, "18 7F"},
+        {" JR 130", 128, "Invalid argument of the instruction. '130'" + below},
+        // Every relative form has the same range.
+        {" DJNZ $-126", -128, "10 80"},
+        {" DJNZ $-127", -129, "Invalid argument of the instruction. '-127'" + below},
+        {" JR NZ,$+129", 127, "20 7F"},
+        {" JR Z,$-126", -128, "28 80"},
+        {" JR NC,$+130", 128, "Invalid argument of the instruction. '130'" + below},
+        {" JR C,$-127", -129, "Invalid argument of the instruction. '-127'" + below},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.statement);
+        EXPECT_EQ(One(c.statement, 0x1000), c.want) << "displacement " << c.displacement;
+    }
+}
+
 TEST_F(Encoding, LabelsAndTheirErrors) {
     Write("prog.asm",
           "A1: LD A,5\n"

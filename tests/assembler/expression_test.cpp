@@ -125,6 +125,47 @@ TEST_F(Evaluator, Failures) {
         EXPECT_EQ(Eval(bad), kExpressionError) << bad;
 }
 
+// For each two neighbouring precedence levels (lower first in "levels"), an
+// expression with the operator of the lower level first: with the two levels
+// equal or swapped it would group the other way and give another value. Without
+// precedence every binary operator runs left to right.
+TEST_F(Evaluator, EachPrecedenceLevelBindsTighterThanTheOneBelow) {
+    struct Case {
+        const char* levels;
+        const char* text;
+        int want;
+        int leftToRight;
+    } cases[] = {
+        {"| ^", "6|3^5", 6, 2},
+        {"^ &", "6^3&5", 7, 5},
+        {"& <<", "6&3<<1", 6, 4},
+        {"& >>", "12&16>>2", 4, 0},
+        {"<< +", "1<<2+1", 8, 5},
+        {"<< -", "1<<3-1", 4, 7},
+        {">> +", "32>>1+1", 8, 17},
+        {">> -", "32>>3-1", 8, 3},
+        {"+ *", "2+3*4", 14, 20},
+        {"+ /", "2+12/4", 5, 3},
+        {"+ \\", "2+7\\4", 5, 1},
+        {"- *", "20-3*4", 8, 68},
+        {"- /", "20-12/4", 17, 2},
+        {"- \\", "20-7\\4", 17, 1},
+        {"* low", "low 180H*2", 256, 256},
+        {"* <", "<180H*2", 256, 256},
+        {"* high", "high 1FFFFH*2", 510, 510},
+        {"* >", ">1FFFFH*2", 510, 510},
+        {"* loww", "loww 18000H*2", 65536, 65536},
+        {"* highw", "highw 38000H*2", 6, 6},
+        {"/ low", "low 181H/2", 64, 64},
+        {"\\ low", "low 181H\\2", 1, 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.levels) + ": " + c.text);
+        EXPECT_EQ(Eval(c.text), c.want);
+        EXPECT_EQ(Eval(c.text, true), c.leftToRight) << "without precedence";
+    }
+}
+
 TEST_F(Evaluator, NoOperatorPrecedenceRunsLeftToRight) {
     EXPECT_EQ(Eval("1+2*3", true), 9);
     EXPECT_EQ(Eval("1+(2*3)", true), 7);

@@ -1,6 +1,7 @@
 #include "assembler.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -242,14 +243,25 @@ int Assembler::AssembleSource(const std::string& folder, const std::string& file
     session_.BaseName = base;
 
     session_.FillValue = settings_.GetSettingInt("OBJ File Fill Value", 0) & 0xFF;
+    // Addresses below 0 do not exist; above the code they give an empty file.
     session_.ObjStartAddress =
-        settings_.GetSettingInt("Starting Address For OBJ Files Creation", 0);
+        std::max(0, settings_.GetSettingInt("Starting Address For OBJ Files Creation", 0));
     session_.ObjectCells.assign(65536, session_.FillValue);
     for (const auto& [name, value] : session_.PredefinedSymbols)
         if (!session_.symbols.FindLabel(name)) session_.symbols.Add(name, value, 0);
     protection_.Reset();
 
-    ReadMainFile(session_.Folder + fileName);
+    session_.SourcePath = session_.Folder + fileName;
+    if (!ReadMainFile(session_.SourcePath)) {
+        // Nothing to assemble: the run fails before it writes anything.
+        AssemblerError e;
+        e.Text = "Error: File \"" + session_.SourcePath + "\" cannot be read.";
+        e.Severity = 1;
+        session_.ErrorList.push_back(std::move(e));
+        session_.ErrorCount = 1;
+        status = session_.ErrorCount;
+        return session_.ErrorCount;
+    }
     Progress("Running ASM preprocessor.", "", 200);
     PreprocessSource();
     Pass1();
@@ -271,8 +283,22 @@ void Assembler::DeleteOutputs(const std::string& folder, const std::string& base
         (folder.empty() || folder.back() == '/' ? folder : folder + "/") + baseName;
     fs::remove(stem + ".lst", ec);
     fs::remove(stem + ".obj", ec);
-    if (HexEnabled()) fs::remove(stem + ".hex", ec);
-    if (options_.GenerateObjCopy) fs::remove(stem + "." + options_.ObjCopyExtension, ec);
+    // Also with HEX off: a HEX file of an earlier run would not match the new object.
+    fs::remove(stem + ".hex", ec);
+    if (ObjCopyWanted()) fs::remove(stem + "." + options_.ObjCopyExtension, ec);
+}
+
+bool Assembler::ObjCopyWanted() const {
+    return options_.GenerateObjCopy && IsUsableObjCopyExtension(options_.ObjCopyExtension);
+}
+
+bool IsUsableObjCopyExtension(std::string_view extension) {
+    if (extension.empty() || extension.size() > 8) return false;
+    for (char c : extension)
+        if (!std::isalnum(static_cast<unsigned char>(c)) && c != '_') return false;
+    static constexpr std::string_view kTaken[] = {"asm", "lst", "obj", "hex", "inc", "bas"};
+    const std::string lower = LowerText(extension);
+    return std::find(std::begin(kTaken), std::end(kTaken), lower) == std::end(kTaken);
 }
 
 int Assembler::AssembleGeneratedSource(const std::string& folder, const std::string& baseName) {
@@ -300,9 +326,12 @@ int Assembler::AppendFile(const std::string& path, int level, int includeIndex) 
     return static_cast<int>(text.size());
 }
 
-void Assembler::ReadMainFile(const std::string& path) {
+bool Assembler::ReadMainFile(const std::string& path) {
     session_.Lines.assign(1, SourceLine{});
+    std::error_code ec;
+    if (!fs::is_regular_file(path, ec) || !std::ifstream(path)) return false;
     session_.MainLineCount = AppendFile(path, 0, 0);
+    return true;
 }
 
 // ---- Preprocessor ----
@@ -339,7 +368,9 @@ std::string Assembler::PreprocessedText(const std::string& orig, const std::stri
     return orig;
 }
 
-std::string Assembler::CheckIncludeArgument(const std::string& argument, std::string& error) const {
+std::string Assembler::CheckIncludeArgument(const std::string& argument,
+                                            const std::string& includingFile,
+                                            std::string& error) const {
     const std::string invalid = "Invalid argument of the INCLUDE directive.";
     const std::string a = TrimText(argument);
     const bool quoted = a.size() >= 3 && ((a.front() == '"' && a.back() == '"') ||
@@ -348,10 +379,8 @@ std::string Assembler::CheckIncludeArgument(const std::string& argument, std::st
         error = invalid;
         return "";
     }
-    // Either separator is accepted; a bare name lives in the project folder.
-    std::string name = a.substr(1, a.size() - 2);
-    std::replace(name.begin(), name.end(), '\\', '/');
-    if (name.find('/') == std::string::npos) name = session_.Folder + name;
+    const std::string name =
+        ResolveIncludeName(a.substr(1, a.size() - 2), session_.Folder, includingFile);
     if (!EndsWith(name, ".inc") && !EndsWith(name, ".asm")) {
         error = ".ASM (or .INC) file extension expected.";
         return "";
@@ -375,7 +404,8 @@ void Assembler::TryInclude(int i, int& level) {
     if (word != ".include" && word != "include" && word != "#include") return;
     std::string error;
     // The file name keeps its case: file systems here tell case apart.
-    const std::string path = CheckIncludeArgument(cleaned.substr(blank + 1), error);
+    const std::string path =
+        CheckIncludeArgument(cleaned.substr(blank + 1), session_.FileOf(session_.Lines[i]), error);
     if (path.empty()) return;
     session_.IncludeFiles.push_back(path);
     const int first = session_.LineCount() + 1;
@@ -603,7 +633,7 @@ void Assembler::MeasureStatement(SourceLine& line) {
         }
         case Directive::Include: {
             std::string error;
-            CheckIncludeArgument(line.Operand1, error);
+            CheckIncludeArgument(line.Operand1, session_.FileOf(line), error);
             if (!error.empty()) MarkError(line, error);
             break;
         }

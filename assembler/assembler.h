@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -60,8 +61,14 @@ struct AssemblySession {
     int FillValue = 0;
     int ObjStartAddress = 0;
     AddressMap Map;
-    std::string Folder;    // ends in "/"
-    std::string BaseName;  // source name without ".asm"
+    std::string Folder;      // ends in "/"
+    std::string BaseName;    // source name without ".asm"
+    std::string SourcePath;  // Folder + the source name
+
+    // The path of the file that a line comes from.
+    const std::string& FileOf(const SourceLine& line) const {
+        return line.IncludeIndex > 0 ? IncludeFiles[line.IncludeIndex - 1] : SourcePath;
+    }
 
     int LineCount() const { return static_cast<int>(Lines.size()) - 1; }
 };
@@ -79,6 +86,11 @@ struct AssemblerOptions {
 inline constexpr const char* kSettingNoOperatorPrecedence = "No Operator Precedence";
 inline constexpr const char* kSettingObjCopy = "Generate OBJ File Copy";
 inline constexpr const char* kSettingObjCopyExtension = "OBJ File Copy Extension";
+
+// Whether an extension may name the OBJ file copy: up to 8 letters, digits or
+// "_", and none of asm, lst, obj, hex, inc, bas in any case, so that the copy can
+// never replace the source or another output.
+bool IsUsableObjCopyExtension(std::string_view extension);
 
 // The switches as the IDE keeps them ("Enable Unofficial Instructions" too).
 AssemblerOptions ReadAssemblerOptions(SettingsStore& settings);
@@ -111,14 +123,17 @@ class Assembler {
     // deletes the outputs again when there were errors.
     int AssembleGeneratedSource(const std::string& folder, const std::string& baseName);
 
-    // Deletes .lst, .obj, .hex (when HEX is on) and the OBJ copy (when on).
+    // Deletes .lst, .obj, .hex (whether HEX is on or not) and the OBJ copy (when
+    // on): every output of a run of that name.
     void DeleteOutputs(const std::string& folder, const std::string& baseName);
 
     // The text of the error box after a failed run.
     std::string FormatAssemblerErrors() const;
 
-    // Checks an INCLUDE argument; returns the path, or sets error to the message.
-    std::string CheckIncludeArgument(const std::string& argument, std::string& error) const;
+    // Checks the argument of an INCLUDE line of the file includingFile; returns the
+    // path, or sets error to the message.
+    std::string CheckIncludeArgument(const std::string& argument, const std::string& includingFile,
+                                     std::string& error) const;
 
     const AssemblySession& Session() const { return session_; }
     AssemblerOptions& Options() { return options_; }
@@ -129,7 +144,9 @@ class Assembler {
     int Evaluate(const std::string& text, bool silent);
 
   private:
-    void ReadMainFile(const std::string& path);
+    bool ReadMainFile(const std::string& path);
+    // The OBJ copy is on and its extension names no file of the run itself.
+    bool ObjCopyWanted() const;
     int AppendFile(const std::string& path, int level, int includeIndex);
     void PreprocessSource();
     std::string PreprocessedText(const std::string& orig, const std::string& c,

@@ -393,18 +393,37 @@ double ApplyUnary(std::string_view word, double v) {
     return std::floor(v / 65536.0);
 }
 
-void LogWithStack(std::string& log, const std::string& line,
+// The log of an evaluation is built only when someone will read it: a null log
+// costs nothing. Each execution line shows the whole stack, so the log of a deeply
+// nested expression grows with the square of its length; it ends at kMaxLogSize
+// with a line that says so, which keeps the error box readable and memory bounded.
+constexpr size_t kMaxLogSize = size_t{1} << 20;
+constexpr std::string_view kLogCut = "(the rest of the log is left out)\n";
+
+bool LogWanted(const std::string* log) {
+    return log && log->size() < kMaxLogSize;
+}
+
+void AddToLog(std::string* log, std::string_view text) {
+    if (!LogWanted(log)) return;
+    log->append(text);
+    if (log->size() >= kMaxLogSize) log->append(kLogCut);
+}
+
+void LogWithStack(std::string* log, const std::string& line,
                   const std::vector<std::string>& stack) {
+    if (!LogWanted(log)) return;
     std::string out = line;
     const size_t pad = out.size() + 10 <= 80 ? 80 - out.size() : 10;
     out.append(pad, ' ');
     out += "stack:";
     for (const auto& e : stack) out += " " + e;
-    log += out + "\n";
+    out += "\n";
+    AddToLog(log, out);
 }
 
 // Step 4: runs the postfix form on a stack of number texts.
-bool RunPostfix(const std::vector<std::string>& postfix, const Symbols* symbols, std::string& log,
+bool RunPostfix(const std::vector<std::string>& postfix, const Symbols* symbols, std::string* log,
                 double& result) {
     std::vector<std::string> stack;
     for (const std::string& t : postfix) {
@@ -413,7 +432,8 @@ bool RunPostfix(const std::vector<std::string>& postfix, const Symbols* symbols,
             const std::string operand = stack.back();
             const double r = ApplyUnary(t, std::strtod(operand.c_str(), nullptr));
             stack.back() = NumberText(r);
-            LogWithStack(log, stack.back() + " = " + t + " (" + operand + ")", stack);
+            if (LogWanted(log))
+                LogWithStack(log, stack.back() + " = " + t + " (" + operand + ")", stack);
         } else if (IsOperator(t)) {
             if (stack.size() < 2) return false;
             const std::string right = stack.back();
@@ -424,7 +444,8 @@ bool RunPostfix(const std::vector<std::string>& postfix, const Symbols* symbols,
                              std::strtod(right.c_str(), nullptr), r))
                 return false;
             stack.back() = NumberText(r);
-            LogWithStack(log, stack.back() + " = " + left + " " + t + " " + right, stack);
+            if (LogWanted(log))
+                LogWithStack(log, stack.back() + " = " + left + " " + t + " " + right, stack);
         } else {
             double v = 0;
             if (!LookupOperand(t, symbols, v)) return false;
@@ -434,39 +455,40 @@ bool RunPostfix(const std::vector<std::string>& postfix, const Symbols* symbols,
     if (stack.size() != 1) return false;
     result = std::strtod(stack[0].c_str(), nullptr);
     if (!(result < 2147483647.0) || result < -2147483648.0) return false;
-    log += "Output: " + stack[0] + " " + std::to_string(ToInt32(result)) + "\n";
+    if (LogWanted(log))
+        AddToLog(log, "Output: " + stack[0] + " " + std::to_string(ToInt32(result)) + "\n");
     return true;
 }
 
-}  // namespace
-
-Evaluation EvaluateWithLog(std::string_view text, const ExpressionContext& ctx) {
-    Evaluation ev;
-    ev.log = "Original: " + std::string(text) + "\n";
+// The four steps; log, when not null, receives the evaluation log as far as it got.
+int Evaluate(std::string_view text, const ExpressionContext& ctx, std::string* log) {
+    if (LogWanted(log)) AddToLog(log, "Original: " + std::string(text) + "\n");
     const std::string tokenised = Tokenise(text);
     const std::string blanked = BlankQuoted(tokenised);
     size_t open = 0, close = 0;
     for (char c : blanked) open += c == '(', close += c == ')';
-    if (open != close) return ev;
+    if (open != close) return kExpressionError;
 
     const std::string infix = ResolveInfix(tokenised, ctx.programCounter);
-    ev.log += "Infix: " + infix + "\n";
+    if (LogWanted(log)) AddToLog(log, "Infix: " + infix + "\n");
     std::vector<std::string> postfix;
-    if (!ToPostfix(infix, ctx.noOperatorPrecedence, postfix)) return ev;
-    std::string joined;
-    for (const auto& t : postfix) joined += (joined.empty() ? "" : " ") + t;
-    ev.log += "Postfix: " + joined + "\nExecution:\n";
+    if (!ToPostfix(infix, ctx.noOperatorPrecedence, postfix)) return kExpressionError;
+    if (LogWanted(log)) {
+        std::string joined;
+        for (const auto& t : postfix) {
+            if (!joined.empty()) joined += ' ';
+            joined += t;
+        }
+        AddToLog(log, "Postfix: " + joined + "\nExecution:\n");
+    }
     double result = 0;
-    if (!RunPostfix(postfix, ctx.symbols, ev.log, result)) return ev;
-    ev.value = ToInt32(result);
-    return ev;
+    if (!RunPostfix(postfix, ctx.symbols, log, result)) return kExpressionError;
+    return ToInt32(result);
 }
-
-namespace {
 
 // A lone label or number needs no tokens, no postfix form and no log: it gives
 // what the full evaluation would give. Anything else, and every failure, takes
-// the full way, which keeps the log for the error box.
+// the full way.
 bool EvaluateSingleOperand(std::string_view text, const ExpressionContext& ctx, int& value) {
     if (text.empty()) return false;
     for (char c : text)
@@ -484,18 +506,27 @@ bool EvaluateSingleOperand(std::string_view text, const ExpressionContext& ctx, 
 
 }  // namespace
 
+Evaluation EvaluateWithLog(std::string_view text, const ExpressionContext& ctx) {
+    Evaluation ev;
+    ev.value = Evaluate(text, ctx, &ev.log);
+    return ev;
+}
+
 int EvaluateExpression(std::string_view text, bool silent, const ExpressionContext& ctx) {
-    int fast = 0;
-    if (EvaluateSingleOperand(text, ctx, fast)) return fast;
-    Evaluation ev = EvaluateWithLog(text, ctx);
-    if (ev.value == kExpressionError && !silent && ctx.evaluationReported &&
+    int value = 0;
+    if (EvaluateSingleOperand(text, ctx, value)) return value;
+    value = Evaluate(text, ctx, nullptr);
+    if (value == kExpressionError && !silent && ctx.evaluationReported &&
         !*ctx.evaluationReported) {
         *ctx.evaluationReported = true;
+        // The evaluation depends only on the text and the context, so a second run
+        // fails at the same point and writes the log of the first.
         if (ctx.reporter)
             ctx.reporter->ShowEvaluationError("Error evaluating expression: " + std::string(text) +
-                                              "\nExpression evaluation log:\n" + ev.log);
+                                              "\nExpression evaluation log:\n" +
+                                              EvaluateWithLog(text, ctx).log);
     }
-    return ev.value;
+    return value;
 }
 
 }  // namespace mb

@@ -64,8 +64,11 @@ struct Evaluation {
 };
 
 // Evaluates an expression; kExpressionError on failure. With silent false and the
-// latch clear, a failure sets the latch and reports the text and the log.
+// latch clear, a failure sets the latch and reports the text and the log. The log
+// is built only for that report.
 int EvaluateExpression(std::string_view text, bool silent, const ExpressionContext& ctx);
+// The same evaluation with its log. A log that would pass 1 MiB ends there, with
+// the line "(the rest of the log is left out)".
 Evaluation EvaluateWithLog(std::string_view text, const ExpressionContext& ctx);
 
 // Shortest decimal text of a double, 15 significant digits at most.

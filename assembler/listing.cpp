@@ -104,7 +104,7 @@ void Assembler::WriteObjectFiles() {
     HexImageRange range{&s.ObjectCells, s.ObjStartAddress, highest};
     WriteObjectFile(stem + ".obj", range);
     if (HexEnabled()) WriteIntelHexFile(stem + ".hex", range, s.FillValue);
-    if (options_.GenerateObjCopy) {
+    if (ObjCopyWanted()) {
         std::error_code ec;
         const std::string copy = stem + "." + options_.ObjCopyExtension;
         fs::remove(copy, ec);

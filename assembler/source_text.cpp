@@ -1,5 +1,6 @@
 #include "source_text.h"
 
+#include <algorithm>
 #include <cctype>
 
 namespace mb {
@@ -72,6 +73,18 @@ std::vector<bool> QuotedPositions(std::string_view text) {
     QuoteTracker quotes;
     for (size_t i = 0; i < text.size(); ++i) out[i] = quotes.Step(text, i);
     return out;
+}
+
+std::string ResolveIncludeName(std::string_view name, std::string_view projectFolder,
+                               std::string_view includingFile) {
+    std::string path(name);
+    std::replace(path.begin(), path.end(), '\\', '/');
+    if (path.find('/') == std::string::npos) return std::string(projectFolder) + path;
+    if (path[0] == '/') return path;
+    const size_t slash = includingFile.rfind('/');
+    const std::string_view folder =
+        slash == std::string_view::npos ? std::string_view() : includingFile.substr(0, slash + 1);
+    return std::string(folder) + path;
 }
 
 std::string TrimLeft(std::string_view t) {

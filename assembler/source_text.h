@@ -22,6 +22,14 @@ std::string BlankQuoted(std::string_view text);
 // quote and the text behind it count as inside, the closing quote as outside.
 std::vector<bool> QuotedPositions(std::string_view text);
 
+// The path of the file that an include line names. A backslash and "/" both separate
+// folders. A bare name lies in the project folder (which ends in "/"); a relative
+// name with a folder part is taken from the folder of the including file, so a
+// source finds its includes wherever the assembler is started; an absolute name
+// stands as it is.
+std::string ResolveIncludeName(std::string_view name, std::string_view projectFolder,
+                               std::string_view includingFile);
+
 std::string TrimText(std::string_view text);
 std::string TrimLeft(std::string_view text);
 std::string TrimRight(std::string_view text);

@@ -573,11 +573,7 @@ void AssemblerWindow::menuobjcopy() {
     if (!answer) return;
     QString ext = QString::fromStdString(*answer).trimmed();
     if (ext.startsWith('.')) ext.remove(0, 1);
-    static const QStringList kTaken = {"asm", "lst", "obj", "hex", "inc", "bas"};
-    const bool plain = !ext.isEmpty() && ext.size() <= 8 &&
-                       std::all_of(ext.begin(), ext.end(),
-                                   [](QChar c) { return c.isLetterOrNumber() || c == '_'; });
-    if (!plain || kTaken.contains(ext.toLower())) {
+    if (!IsUsableObjCopyExtension(Std(ext))) {
         Message("This file extension cannot be used for the OBJ file copy.");
         return;
     }

@@ -125,31 +125,51 @@ TEST_F(Evaluator, Failures) {
         EXPECT_EQ(Eval(bad), kExpressionError) << bad;
 }
 
+// For each two neighbouring precedence levels (lower first in "levels"), an
+// expression with the operator of the lower level first: with the two levels
+// equal or swapped it would group the other way and give another value. Without
+// precedence every binary operator runs left to right.
+TEST_F(Evaluator, EachPrecedenceLevelBindsTighterThanTheOneBelow) {
+    struct Case {
+        const char* levels;
+        const char* text;
+        int want;
+        int leftToRight;
+    } cases[] = {
+        {"| ^", "6|3^5", 6, 2},
+        {"^ &", "6^3&5", 7, 5},
+        {"& <<", "6&3<<1", 6, 4},
+        {"& >>", "12&16>>2", 4, 0},
+        {"<< +", "1<<2+1", 8, 5},
+        {"<< -", "1<<3-1", 4, 7},
+        {">> +", "32>>1+1", 8, 17},
+        {">> -", "32>>3-1", 8, 3},
+        {"+ *", "2+3*4", 14, 20},
+        {"+ /", "2+12/4", 5, 3},
+        {"+ \\", "2+7\\4", 5, 1},
+        {"- *", "20-3*4", 8, 68},
+        {"- /", "20-12/4", 17, 2},
+        {"- \\", "20-7\\4", 17, 1},
+        {"* low", "low 180H*2", 256, 256},
+        {"* <", "<180H*2", 256, 256},
+        {"* high", "high 1FFFFH*2", 510, 510},
+        {"* >", ">1FFFFH*2", 510, 510},
+        {"* loww", "loww 18000H*2", 65536, 65536},
+        {"* highw", "highw 38000H*2", 6, 6},
+        {"/ low", "low 181H/2", 64, 64},
+        {"\\ low", "low 181H\\2", 1, 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.levels) + ": " + c.text);
+        EXPECT_EQ(Eval(c.text), c.want);
+        EXPECT_EQ(Eval(c.text, true), c.leftToRight) << "without precedence";
+    }
+}
+
 TEST_F(Evaluator, NoOperatorPrecedenceRunsLeftToRight) {
     EXPECT_EQ(Eval("1+2*3", true), 9);
     EXPECT_EQ(Eval("1+(2*3)", true), 7);
     EXPECT_EQ(Eval("2+low 1234H", true), 0x36);
-}
-
-TEST_F(Evaluator, LogLayout) {
-    ExpressionContext ctx;
-    ctx.symbols = &symbols;
-    ctx.programCounter = 5;
-    Evaluation ev = EvaluateWithLog("$+2*3", ctx);
-    EXPECT_EQ(ev.value, 11);
-    const std::string want =
-        "Original: $+2*3\n"
-        "Infix: 5 + 2 * 3\n"
-        "Postfix: 5 2 3 * +\n"
-        "Execution:\n"
-        "6 = 2 * 3" +
-        std::string(71, ' ') +
-        "stack: 5 6\n"
-        "11 = 5 + 6" +
-        std::string(70, ' ') +
-        "stack: 11\n"
-        "Output: 11 11\n";
-    EXPECT_EQ(ev.log, want);
 }
 
 class RecordingReporter : public EvaluationReporter {
@@ -157,6 +177,52 @@ class RecordingReporter : public EvaluationReporter {
     void ShowEvaluationError(const std::string& text) override { shown.push_back(text); }
     std::vector<std::string> shown;
 };
+
+// A log line padded so that "stack:" begins at column 81.
+std::string StackLine(const std::string& line, const std::string& stack) {
+    return line + std::string(80 - line.size(), ' ') + "stack: " + stack + "\n";
+}
+
+TEST_F(Evaluator, LogLayoutAndTheErrorBox) {
+    struct Case {
+        const char* text;
+        int value;
+        std::string log;
+    } cases[] = {
+        {"$+2*3", 11,
+         "Original: $+2*3\n"
+         "Infix: 5 + 2 * 3\n"
+         "Postfix: 5 2 3 * +\n"
+         "Execution:\n" +
+             StackLine("6 = 2 * 3", "5 6") + StackLine("11 = 5 + 6", "11") + "Output: 11 11\n"},
+        {"(2+3)*low 260/0", kExpressionError,
+         "Original: (2+3)*low 260/0\n"
+         "Infix: ( 2 + 3 ) * low 260 / 0\n"
+         "Postfix: 2 3 + 260 low * 0 /\n"
+         "Execution:\n" +
+             StackLine("5 = 2 + 3", "5") + StackLine("4 = low (260)", "5 4") +
+             StackLine("20 = 5 * 4", "20")},
+        {"1+(2", kExpressionError, "Original: 1+(2\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        RecordingReporter reporter;
+        bool latch = false;
+        ExpressionContext ctx{&symbols, 5, false, &latch, &reporter};
+        const Evaluation ev = EvaluateWithLog(c.text, ctx);
+        EXPECT_EQ(ev.value, c.value);
+        EXPECT_EQ(ev.log, c.log);
+        // The box of a failure shows the same log.
+        EXPECT_EQ(EvaluateExpression(c.text, false, ctx), c.value);
+        if (c.value == kExpressionError) {
+            ASSERT_EQ(reporter.shown.size(), 1u);
+            EXPECT_EQ(reporter.shown[0], "Error evaluating expression: " + std::string(c.text) +
+                                             "\nExpression evaluation log:\n" + c.log);
+        } else {
+            EXPECT_TRUE(reporter.shown.empty());
+        }
+    }
+}
 
 TEST_F(Evaluator, OneErrorBoxPerRun) {
     RecordingReporter reporter;

@@ -100,6 +100,37 @@ TEST_F(Listing, IncludeOnTheLastLineAddsNothing) {
     EXPECT_EQ(Read("prog.obj"), std::string("\x76", 1));
 }
 
+TEST(IncludeNames, ResolvedFromTheProjectOrTheIncludingFile) {
+    struct Case {
+        const char* name;
+        const char* including;
+        const char* want;
+    } cases[] = {
+        {"x.inc", "proj/p.asm", "proj/x.inc"},
+        {"x.inc", "proj/sub/lib.inc", "proj/x.inc"},  // a bare name: the project folder
+        {"sub/x.inc", "proj/p.asm", "proj/sub/x.inc"},
+        {"sub\\x.inc", "proj/p.asm", "proj/sub/x.inc"},
+        {"deeper/y.inc", "proj/sub/lib.inc", "proj/sub/deeper/y.inc"},
+        {"../up.inc", "proj/sub/lib.inc", "proj/sub/../up.inc"},
+        {"./here.inc", "/abs/p.asm", "/abs/./here.inc"},
+        {"/usr/share/z.inc", "proj/p.asm", "/usr/share/z.inc"},
+        {"sub/x.inc", "p.asm", "sub/x.inc"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(ResolveIncludeName(c.name, "proj/", c.including), c.want) << c.name;
+}
+
+TEST_F(Listing, IncludeWithAFolderIsFoundFromTheIncludingFile) {
+    std::filesystem::create_directories(dir / "sub" / "deeper");
+    Write("sub/lib.inc", " INCLUDE \"deeper/y.inc\"\n INCLUDE \"z.inc\"\n NOP\n");
+    Write("sub/deeper/y.inc", " LD A,2\n");
+    Write("z.inc", " LD A,3\n");
+    Write("prog.asm", " INCLUDE \"sub/lib.inc\"\n INCLUDE \"sub/none.inc\"\n HALT\n");
+    EXPECT_EQ(Assemble(), 1);
+    EXPECT_EQ(LineAt(2).ErrorText, "File \"" + folder + "sub/none.inc\" does not exist.");
+    EXPECT_EQ(Read("prog.obj"), std::string("\x3E\x02\x3E\x03\x00\x76", 6));
+}
+
 TEST_F(Listing, IncludeArgumentErrors) {
     Write("prog.asm",
           " INCLUDE lib.inc\n"
@@ -170,6 +201,71 @@ TEST_F(Listing, GeneratedSourceWithErrorsLeavesNoOutput) {
     EXPECT_EQ(second.AssembleGeneratedSource(folder, "prog"), 1);
     for (const char* out : {"prog.lst", "prog.obj", "prog.hex", "prog.bin"})
         EXPECT_FALSE(Exists(out)) << out;
+}
+
+TEST_F(Listing, FailedGeneratedRunLeavesNoOutputOfAnEarlierRun) {
+    options.GenerateObjCopy = true;
+    options.ObjCopyExtension = "bin";
+    struct Case {
+        const char* what;
+        const char* source;  // nullptr: the source is gone
+        const char* hex;     // "Generate HEX File Also" of the failing run
+    } cases[] = {
+        {"missing source", nullptr, "ON"},
+        {"errors", " FOO\n", "ON"},
+        {"errors, HEX off", " FOO\n", "OFF"},
+        {"size error", " ORG 0FFFFh\n NOP\n NOP\n", "ON"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        settings.SetSettingText("Generate HEX File Also", "ON");
+        Write("prog.asm", " NOP\n");
+        Assembler first(settings, host, options);
+        ASSERT_EQ(first.AssembleGeneratedSource(folder, "prog"), 0);
+        for (const char* out : {"prog.lst", "prog.obj", "prog.hex", "prog.bin"})
+            ASSERT_TRUE(Exists(out)) << out;
+
+        settings.SetSettingText("Generate HEX File Also", c.hex);
+        if (c.source)
+            Write("prog.asm", c.source);
+        else
+            std::filesystem::remove(dir / "prog.asm");
+        Assembler second(settings, host, options);
+        EXPECT_GE(second.AssembleGeneratedSource(folder, "prog"), 1);
+        for (const char* out : {"prog.lst", "prog.obj", "prog.hex", "prog.bin"})
+            EXPECT_FALSE(Exists(out)) << out;
+    }
+}
+
+TEST_F(Listing, UnreadableSourceFailsWithoutWritingAnything) {
+    std::filesystem::create_directory(dir / "folder.asm");
+    for (const char* name : {"missing.asm", "folder.asm"}) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(Assemble(name), 1);
+        const std::string base = std::string(name).substr(0, std::string(name).size() - 4);
+        for (const char* ext : {".lst", ".obj", ".hex"}) EXPECT_FALSE(Exists(base + ext)) << ext;
+        EXPECT_EQ(assembler->FormatAssemblerErrors(),
+                  "Here is the list of assembler errors:\nError: File \"" + folder + name +
+                      "\" cannot be read.\n");
+    }
+}
+
+TEST_F(Listing, ObjCopyNeverReplacesTheSourceOrAnotherOutput) {
+    for (const char* ext :
+         {"asm", "ASM", "lst", "obj", "hex", "inc", "bas", "", "a/b", "..", "toolongext"})
+        EXPECT_FALSE(IsUsableObjCopyExtension(ext)) << ext;
+    for (const char* ext : {"bin", "rom", "Z80", "b_1", "12345678"})
+        EXPECT_TRUE(IsUsableObjCopyExtension(ext)) << ext;
+
+    // A setting that names the source is not used: the source survives both the
+    // deletion before the run and the copy after it.
+    options.GenerateObjCopy = true;
+    options.ObjCopyExtension = "asm";
+    Write("prog.asm", " NOP\n");
+    Assembler assembler(settings, host, options);
+    EXPECT_EQ(assembler.AssembleGeneratedSource(folder, "prog"), 0);
+    EXPECT_EQ(Read("prog.asm"), " NOP\n");
+    EXPECT_EQ(Read("prog.obj"), std::string(1, '\0'));
 }
 
 TEST_F(Listing, BookmarksLineIsDropped) {

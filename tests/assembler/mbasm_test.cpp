@@ -16,10 +16,12 @@ struct ToolRun {
 
 class Mbasm : public AssemblerFixture {
   protected:
-    ToolRun Start(const std::string& args) {
+    // Runs mbasm with args, from the folder cwd when one is given.
+    ToolRun Start(const std::string& args, const std::string& cwd = "") {
         const std::string errFile = folder + "stderr.txt";
-        const std::string cmd =
-            std::string(MB_BINARY_DIR) + "/tools/mbasm/mbasm " + args + " 2>" + errFile;
+        const std::string cmd = (cwd.empty() ? "" : "cd '" + cwd + "' && ") +
+                                std::string(MB_BINARY_DIR) + "/tools/mbasm/mbasm " + args + " 2>" +
+                                errFile;
         const int raw = std::system(cmd.c_str());
         return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, Read("stderr.txt")};
     }
@@ -56,6 +58,110 @@ TEST_F(Mbasm, OptionsReachTheAssembler) {
     EXPECT_EQ(Start("--unofficial --no-precedence --no-hex " + folder + "prog.asm").status, 0);
     EXPECT_EQ(Read("prog.obj"), std::string("\xCB\x37\x3E\x09", 4));
     EXPECT_FALSE(Exists("prog.hex"));
+}
+
+// Every output a run can write, with an OBJ copy named "bin".
+const char* const kOutputs[] = {"prog.lst", "prog.obj", "prog.hex", "prog.bin"};
+
+TEST_F(Mbasm, FailedRunLeavesNoOutputOfAnEarlierRun) {
+    struct Case {
+        const char* what;
+        const char* source;  // nullptr: the source is gone
+        const char* options;
+        int status;
+    } cases[] = {
+        {"missing source", nullptr, "--obj-copy bin", 2},
+        {"errors", " NOP\n FOO\n", "--obj-copy bin", 1},
+        {"errors, no HEX", " FOO\n", "--no-hex --obj-copy bin", 1},
+        {"size error, no object written", " ORG 0FFFFh\n NOP\n NOP\n", "--obj-copy bin", 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        Write("prog.asm", " LD A,1\n");
+        ASSERT_EQ(Start("--obj-copy bin " + folder + "prog.asm").status, 0);
+        for (const char* out : kOutputs) ASSERT_TRUE(Exists(out)) << out;
+
+        if (c.source)
+            Write("prog.asm", c.source);
+        else
+            std::filesystem::remove(dir / "prog.asm");
+        EXPECT_EQ(Start(std::string(c.options) + " " + folder + "prog.asm").status, c.status);
+        for (const char* out : kOutputs) EXPECT_FALSE(Exists(out)) << out;
+    }
+}
+
+TEST_F(Mbasm, RunWithoutHexDeletesTheHexOfAnEarlierRun) {
+    Write("prog.asm", " LD A,1\n");
+    ASSERT_EQ(Start(folder + "prog.asm").status, 0);
+    ASSERT_TRUE(Exists("prog.hex"));
+    Write("prog.asm", " LD A,2\n");
+    EXPECT_EQ(Start("--no-hex " + folder + "prog.asm").status, 0);
+    EXPECT_EQ(Read("prog.obj"), "\x3E\x02");
+    EXPECT_FALSE(Exists("prog.hex"));
+}
+
+TEST_F(Mbasm, IncludesAreFoundFromTheIncludingFile) {
+    // proj/p.asm includes sub/x.inc, which includes deeper/y.inc from its own
+    // folder and the bare name z.inc from the project folder.
+    std::filesystem::create_directories(dir / "proj" / "sub" / "deeper");
+    Write("proj/p.asm", " include \"sub/x.inc\"\n include \"sub\\w.inc\"\n HALT\n");
+    Write("proj/sub/x.inc", " LD A,1\n include \"deeper/y.inc\"\n include \"z.inc\"\n NOP\n");
+    Write("proj/sub/w.inc", " LD A,4\n");
+    Write("proj/sub/deeper/y.inc", " LD A,2\n");
+    Write("proj/z.inc", " LD A,3\n");
+    const std::string want("\x3E\x01\x3E\x02\x3E\x03\x00\x3E\x04\x76", 10);
+
+    const ToolRun fromAbove = Start("proj/p.asm", dir.string());
+    EXPECT_EQ(fromAbove.status, 0) << fromAbove.err;
+    EXPECT_EQ(Read("proj/p.obj"), want);
+
+    const ToolRun fromElsewhere = Start(folder + "proj/p.asm", "/");
+    EXPECT_EQ(fromElsewhere.status, 0) << fromElsewhere.err;
+    EXPECT_EQ(Read("proj/p.obj"), want);
+
+    const ToolRun fromInside = Start("p.asm", (dir / "proj").string());
+    EXPECT_EQ(fromInside.status, 0) << fromInside.err;
+    EXPECT_EQ(Read("proj/p.obj"), want);
+}
+
+TEST_F(Mbasm, OptionValuesAreRangeChecked) {
+    Write("prog.asm", " ORG 2\n NOP\n");
+    const std::string copyRule =
+        "mbasm: --obj-copy needs an extension of up to 8 letters, digits or _, other than asm, "
+        "lst, obj, hex, inc and bas";
+    struct Case {
+        const char* options;
+        std::string message;  // empty: accepted
+    } cases[] = {
+        {"--fill 300", "mbasm: --fill needs a number from 0 to 255, not '300'\n"},
+        {"--fill 256", "mbasm: --fill needs a number from 0 to 255, not '256'\n"},
+        {"--fill -1", "mbasm: --fill needs a number from 0 to 255, not '-1'\n"},
+        {"--fill x", "mbasm: --fill needs a number from 0 to 255, not 'x'\n"},
+        {"--obj-start 65536", "mbasm: --obj-start needs a number from 0 to 65535, not '65536'\n"},
+        {"--obj-start 4294967295",
+         "mbasm: --obj-start needs a number from 0 to 65535, not '4294967295'\n"},
+        {"--include-limit 101", "mbasm: --include-limit needs a number from 0 to 100, not '101'\n"},
+        {"--obj-copy asm", copyRule + ", not 'asm'\n"},
+        {"--obj-copy OBJ", copyRule + ", not 'OBJ'\n"},
+        {"--obj-copy ../b", copyRule + ", not '../b'\n"},
+        {"--fill 255", ""},
+        {"--fill 0FFh", ""},
+        {"--obj-start 65535", ""},
+        {"--include-limit 0", ""},
+        {"--include-limit 100", ""},
+        {"--obj-copy b_2", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.options);
+        const ToolRun r = Start(std::string(c.options) + " " + folder + "prog.asm");
+        EXPECT_EQ(r.status, c.message.empty() ? 0 : 2);
+        EXPECT_EQ(r.err, c.message);
+    }
+    // The values accepted reach the object file.
+    EXPECT_EQ(Start("--fill 0FFh " + folder + "prog.asm").status, 0);
+    EXPECT_EQ(Read("prog.obj"), std::string("\xFF\xFF\x00", 3));
+    EXPECT_EQ(Start("--obj-start 65535 " + folder + "prog.asm").status, 0);
+    EXPECT_EQ(Read("prog.obj"), "");
 }
 
 TEST_F(Mbasm, BadUsage) {

@@ -39,10 +39,12 @@ AsciiKeyboard::AsciiKeyboard(SettingsStore& settings, QWidget* parent)
         ++index;
         return key;
     };
+    // One block of letter keys, upper or lower case as "Small Letters" says.
     for (int code = 33; code < 127; ++code) {
         const QChar c(code);
+        if (c >= 'a' && c <= 'z') continue;
         QPushButton* key = addKey(c == '&' ? QString("&&") : QString(c));
-        if (c.isUpper()) letters_.push_back(key);
+        if (c >= 'A' && c <= 'Z') letters_.push_back(key);
     }
     for (const char* wide : {"(space)", "(tab)", "(enter)"}) addKey(wide);
     layout->addLayout(grid);

@@ -14,6 +14,7 @@
 #include "color_theme_dialog.h"
 #include "editor_setup_dialog.h"
 #include "settings/settings_store.h"
+#include "window_place.h"
 
 namespace mb {
 
@@ -219,6 +220,7 @@ void Appearance::menueditorsetup(QWidget* parent) {
             if (editorsApplied) editorsApplied();
         };
     }
+    ApplyOnTop(*editorSetup_);
     editorSetup_->open();
     editorSetup_->raise();
 }
@@ -228,6 +230,7 @@ void Appearance::menucolortheme(QWidget* parent) {
         colorTheme_ = new ColorThemeDialog(settings_, parent);
         colorTheme_->setAttribute(Qt::WA_DeleteOnClose);
     }
+    ApplyOnTop(*colorTheme_);
     colorTheme_->open();
     colorTheme_->raise();
 }

@@ -90,6 +90,13 @@ Messages::~Messages() {
 }
 
 bool Messages::eventFilter(QObject* watched, QEvent* event) {
+    // A question that waits for the user takes the place of the note, which its
+    // modality would leave unclickable.
+    if (event->type() == QEvent::Show && watched->isWidgetType() && notice_ && watched != notice_) {
+        auto* shown = static_cast<QWidget*>(watched);
+        if (shown->isWindow() && shown->isModal() && qobject_cast<InfoFrame*>(notice_))
+            notice_->close();
+    }
     // A key that is a shortcut reaches the focus widget only as ShortcutOverride.
     const QEvent::Type type = event->type();
     if ((type == QEvent::KeyPress || type == QEvent::ShortcutOverride ||
@@ -127,7 +134,9 @@ void Messages::ShowNotice(const QString& text) {
         return;
     }
     const int seconds = std::clamp(settings_.GetSettingInt("Messages Duration", 3), 1, 10);
-    auto* frame = new InfoFrame(text, seconds * 1000, &owner_);
+    // Within a modal dialog the note belongs to it, so that a click reaches it.
+    QWidget* modal = QApplication::activeModalWidget();
+    auto* frame = new InfoFrame(text, seconds * 1000, modal ? modal : &owner_);
     notice_ = frame;
     frame->adjustSize();
     Place(*frame);

@@ -74,6 +74,25 @@ class MessagesTest : public QObject, protected testing::IdeFixture {
         QTRY_VERIFY(!frame);
     }
 
+    // A question that waits for the user closes the note; a note that comes
+    // during a question belongs to it and takes a click.
+    void noticeGivesWayToAQuestion() {
+        Open();
+        window->ShowMessage("Operation completed.");
+        QPointer<InfoFrame> before = Notice();
+        QVERIFY(before);
+        QDialog question(window.get());
+        question.open();
+        QTRY_VERIFY(!before);
+        window->ShowMessage("Please stop the simulation first.");
+        QPointer<InfoFrame> during = Notice();
+        QVERIFY(during && during->isVisible());
+        QCOMPARE(during->parentWidget(), &question);
+        QTest::mouseClick(during, Qt::LeftButton);
+        QTRY_VERIFY(!during);
+        QVERIFY(question.isVisible());
+    }
+
     // One command, one notice; the answer to a later command replaces it.
     void secondNoticeOfOneCommandIsDropped() {
         Open();

@@ -105,11 +105,10 @@ QString PathLabel::DisplayedText() const {
     return shortened + name;
 }
 
+// The field asks for no more than the name: the folder takes what room the
+// window has anyway.
 QSize PathLabel::sizeHint() const {
-    const QFontMetrics fm = fontMetrics();
-    const int width = std::min(fm.horizontalAdvance(QDir::toNativeSeparators(path_)),
-                               fm.horizontalAdvance('0') * kLongestName * 2);
-    return {std::max(width, minimumSizeHint().width()), fm.height()};
+    return minimumSizeHint();
 }
 
 QSize PathLabel::minimumSizeHint() const {

@@ -52,8 +52,8 @@ class RegisterField : public QLabel {
 
 // A file's path in one line. When the whole path does not fit, the folder is
 // shortened in its middle and the file name stays whole; the field asks for the
-// room of the name (up to kLongestName characters), and the tool tip holds the
-// full path.
+// room of the name only (up to kLongestName characters), and the tool tip holds
+// the full path.
 class PathLabel : public QWidget {
     Q_OBJECT
   public:

@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QGuiApplication>
+#include <QMainWindow>
 #include <QScreen>
 #include <QWidget>
 #include <algorithm>
@@ -40,6 +41,7 @@ void RestoreWindowPlace(QWidget& window, SettingsStore& settings, int number) {
     if (top < 0) top = defTop;
     window.move(left / kTwipsPerPixel, top / kTwipsPerPixel);
     KeepOnScreen(window);
+    KeepClearOfMenuBar(window);
 }
 
 void SaveWindowPlace(const QWidget& window, SettingsStore& settings, int number) {
@@ -81,6 +83,20 @@ void KeepOnScreen(QWidget& window) {
     const int x = std::max(area.left(), std::min(window.x(), area.right() + 1 - size.width()));
     const int y = std::max(area.top(), std::min(window.y(), area.bottom() + 1 - size.height()));
     if (x != window.x() || y != window.y()) window.move(x, y);
+}
+
+void KeepClearOfMenuBar(QWidget& window) {
+    const auto* owner = qobject_cast<const QMainWindow*>(
+        window.parentWidget() ? window.parentWidget()->window() : nullptr);
+    if (!owner || !owner->isVisible() || !owner->menuWidget()) return;
+    const QWidget* bar = owner->menuWidget();
+    const QRect barRect(bar->mapToGlobal(QPoint(0, 0)), bar->size());
+    const QSize size = window.testAttribute(Qt::WA_Resized) ? window.size() : window.sizeHint();
+    // The window with the title bar that it gets above it.
+    const QRect place(window.x(), window.y() - kTitleBarAllowance, size.width(),
+                      size.height() + kTitleBarAllowance);
+    if (place.intersects(barRect))
+        window.move(window.x(), barRect.bottom() + 1 + kTitleBarAllowance);
 }
 
 bool RestoreOnTop(QWidget& window, SettingsStore& settings, int number) {

@@ -21,6 +21,9 @@ void SaveWindowSize(const QWidget& window, SettingsStore& settings, int number);
 // Moves the window back inside the available area of its screen where it lies
 // partly or wholly outside it.
 void KeepOnScreen(QWidget& window);
+// Keeps the menus of the main window within reach: a window of it that would
+// stand over its menu bar moves down below the bar.
+void KeepClearOfMenuBar(QWidget& window);
 
 // A window of the main window stays on top when its own "On Top N" says so, and
 // also while the main window stays on top ("Save Always On Top"): otherwise it

@@ -3,6 +3,7 @@
 #include <Qsci/qsciscintilla.h>
 
 #include <QCheckBox>
+#include <QMenuBar>
 #include <QScreen>
 #include <QtTest>
 
@@ -78,6 +79,20 @@ class ToolWindowsTest : public QObject, protected testing::IdeFixture {
                      qPrintable(w->windowTitle()));
             QVERIFY2(place.bottom() <= screen.bottom() || place.top() == screen.top(),
                      qPrintable(w->windowTitle()));
+        }
+    }
+
+    // At their first opening the tool windows leave the main window's menus in
+    // reach, with room for a title bar of 30 pixels.
+    void toolWindowsLeaveTheMenusInReach() {
+        Open();
+        QWidget* bar = window->menuBar();
+        const int barBottom = bar->mapToGlobal(QPoint(0, bar->height())).y();
+        for (QWidget* tool : OpenTools()) {
+            const bool beside =
+                tool->geometry().left() > bar->mapToGlobal(bar->rect().topRight()).x();
+            QVERIFY2(beside || tool->geometry().top() > barBottom + 30,
+                     qPrintable(tool->windowTitle()));
         }
     }
 

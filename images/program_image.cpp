@@ -215,6 +215,12 @@ bool ProgramImages::LoadProgram(const std::string& path) {
     return true;
 }
 
+bool ProgramImages::LoadMainProgram(const std::string& path) {
+    if (RefuseWhileRunning()) return false;
+    ClearMemory();
+    return LoadProgram(path);
+}
+
 void ProgramImages::ClearMemory() {
     if (RefuseWhileRunning()) return;
     for (int a = 0; a < kMemorySize; ++a) m_.MemoryImage[a] = 0;
@@ -227,12 +233,12 @@ void ProgramImages::ClearMemory() {
 void ProgramImages::menuload() {
     if (RefuseWhileRunning()) return;
     int filter = settings_.GetSettingInt("File Load Filter Index", 1);
-    const std::string path = host_.AskOpenFile(settings_.GetSettingText("Last Path", ""), filter);
+    const std::string path =
+        host_.AskOpenFile("Load Program", settings_.GetSettingText("Last Path", ""), filter);
     if (path.empty()) return;
     settings_.SetSettingText("Last Path", fs::path(path).parent_path().string());
     settings_.SetSettingInt("File Load Filter Index", IsHexFileName(path) ? 2 : 1);
-    ClearMemory();
-    LoadProgram(path);
+    LoadMainProgram(path);
 }
 
 void ProgramImages::menureload() {
@@ -246,8 +252,7 @@ void ProgramImages::menureload() {
         host_.ShowMessage("The file does not exist any more.");
         return;
     }
-    ClearMemory();
-    LoadProgram(path);
+    LoadMainProgram(path);
 }
 
 std::optional<int> ProgramImages::AskOffset(const std::string& prompt) {
@@ -274,7 +279,8 @@ void ProgramImages::menuload2() {
         host_.Yield();
     }
     int filter = settings_.GetSettingInt("File Load Another Filter Index", 1);
-    const std::string path = host_.AskOpenFile(settings_.GetSettingText("Last Path", ""), filter);
+    const std::string path = host_.AskOpenFile("Load Another Program File",
+                                               settings_.GetSettingText("Last Path", ""), filter);
     if (path.empty()) return;
     settings_.SetSettingInt("File Load Another Filter Index", filter);
     int bytes = 0;
@@ -325,7 +331,8 @@ void ProgramImages::menusave() {
         return;
     }
     int filter = settings_.GetSettingInt("File Save Filter Index", 1);
-    std::string path = host_.AskSaveFile(settings_.GetSettingText("Last Path", ""), filter);
+    std::string path =
+        host_.AskSaveFile("Save Memory", settings_.GetSettingText("Last Path", ""), filter);
     if (path.empty()) return;
     settings_.SetSettingText("Last Path", fs::path(path).parent_path().string());
     const std::string typed = path.size() >= 4 ? Lower(path.substr(path.size() - 4)) : "";

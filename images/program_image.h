@@ -18,10 +18,12 @@ class ImageHost {
   public:
     virtual ~ImageHost() = default;
     virtual void ShowMessage(const std::string& text) = 0;
-    // File dialogs: the chosen path, or "" when nothing was chosen. filterIndex is
-    // 1 for object files, 2 for HEX files, in and out.
-    virtual std::string AskOpenFile(const std::string& folder, int& filterIndex) = 0;
-    virtual std::string AskSaveFile(const std::string& folder, int& filterIndex) = 0;
+    // File dialogs under the command's title: the chosen path, or "" when nothing
+    // was chosen. filterIndex is 1 for object files, 2 for HEX files, in and out.
+    virtual std::string AskOpenFile(const std::string& title, const std::string& folder,
+                                    int& filterIndex) = 0;
+    virtual std::string AskSaveFile(const std::string& title, const std::string& folder,
+                                    int& filterIndex) = 0;
     virtual bool AskYesNo(const std::string& question) = 0;
     // A text answer, or nullopt when cancelled.
     virtual std::optional<std::string> AskText(const std::string& prompt,
@@ -68,6 +70,9 @@ class ProgramImages {
 
     // Loads a main program file (object at ObjOffset, or HEX). False when refused.
     bool LoadProgram(const std::string& path);
+    // ClearMemory, then LoadProgram: the machine starts afresh with the program,
+    // as Load Program, Reload, the recent files and Assemble & Load give it.
+    bool LoadMainProgram(const std::string& path);
     void ClearMemory();
     void menuload();
     void menuload2();

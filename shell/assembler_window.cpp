@@ -42,6 +42,7 @@ constexpr const char* kLastFile = "Assembler Last File";
 constexpr const char* kAutoLoadLst = "Auto Load LST File";
 constexpr const char* kAutoSave = "Assembler Auto Save";
 constexpr const char* kStopsSimulation = "Assemble and Load Stops Simulation";
+constexpr int kStopPollMs = 10;
 constexpr const char* kHexAlso = "Generate HEX File Also";
 
 std::string Std(const QString& text) {
@@ -476,7 +477,7 @@ int AssemblerWindow::menuassemble() {
     LoadListing(OutputStem(path_) + ".lst");
     MarkErrorLines(assembler.Session());
     if (errors > 0) {
-        Message(assembler.FormatAssemblerErrors() + AssemblyFailureText(errors));
+        Report(assembler.FormatAssemblerErrors() + AssemblyFailureText(errors));
         assembler.DeleteOutputs(folder, base);
     }
     return errors;
@@ -499,9 +500,23 @@ void AssemblerWindow::MarkErrorLines(const AssemblySession& session) {
     }
 }
 
-void AssemblerWindow::StopSimulationFirst() {
-    if (settings_.GetSettingInt(kStopsSimulation, 1) && hooks_.simulationRunning())
-        hooks_.stopSimulation();
+// A run loop that is turning ends only after the command that asked it to stop
+// has returned; so the command goes on when the run has ended.
+void AssemblerWindow::AfterStoppingSimulation(std::function<void()> then) {
+    if (!settings_.GetSettingInt(kStopsSimulation, 1) || !hooks_.simulationRunning()) {
+        then();
+        return;
+    }
+    hooks_.stopSimulation();
+    WhenStopped(std::move(then));
+}
+
+void AssemblerWindow::WhenStopped(std::function<void()> then) {
+    if (!hooks_.simulationRunning()) {
+        then();
+        return;
+    }
+    QTimer::singleShot(kStopPollMs, this, [this, then = std::move(then)] { WhenStopped(then); });
 }
 
 void AssemblerWindow::LoadProgramAfter(int errors) {
@@ -509,8 +524,7 @@ void AssemblerWindow::LoadProgramAfter(int errors) {
 }
 
 void AssemblerWindow::menuassembleload() {
-    StopSimulationFirst();
-    LoadProgramAfter(menuassemble());
+    AfterStoppingSimulation([this] { LoadProgramAfter(menuassemble()); });
 }
 
 int AssemblerWindow::menutasm() {
@@ -524,14 +538,18 @@ int AssemblerWindow::menutasm() {
     WindowTasmHooks hooks([this](const QString& text) { Status(text); });
     const TasmOutcome outcome = AssembleWithTasm(request, hooks);
     if (!outcome.ListingText.empty()) ShowListing(QString::fromStdString(outcome.ListingText));
-    if (!outcome.Message.empty()) Message(outcome.Message);
+    if (!outcome.Message.empty()) {
+        if (outcome.ErrorCount > 0)
+            Report(outcome.Message);
+        else
+            Message(outcome.Message);
+    }
     if (outcome.Succeeded) return 0;
     return outcome.ErrorCount > 0 ? outcome.ErrorCount : -1;
 }
 
 void AssemblerWindow::menutasmload() {
-    StopSimulationFirst();
-    LoadProgramAfter(menutasm());
+    AfterStoppingSimulation([this] { LoadProgramAfter(menutasm()); });
 }
 
 void AssemblerWindow::menuformat() {

@@ -26,6 +26,9 @@ class SettingsStore;
 // What the window needs from the rest of the IDE.
 struct AssemblerWindowHooks {
     std::function<void(const std::string&)> message;  // the one message routine
+    // The same routine for a text that must be read (a list of errors): its box
+    // stays until the user closes it.
+    std::function<void(const std::string&)> report;
     std::function<bool()> simulationRunning;
     std::function<void()> stopSimulation;
     std::function<bool(const std::string& path)> loadProgram;
@@ -92,7 +95,10 @@ class AssemblerWindow : public QMainWindow {
     // Checks the editor is not empty, names an untitled source and saves it.
     bool PrepareSource();
     void LoadProgramAfter(int errors);
-    void StopSimulationFirst();
+    // With "Assemble and Load Stops Simulation" a running simulation is stopped
+    // first, and `then` runs once the run has ended.
+    void AfterStoppingSimulation(std::function<void()> then);
+    void WhenStopped(std::function<void()> then);
     void MarkErrorLines(const AssemblySession& session);
     void ToggleMarker(int marker, int line);
     void JumpToBookmark(bool forward);
@@ -108,6 +114,7 @@ class AssemblerWindow : public QMainWindow {
     std::string AskFile(bool save);
     int AskQuestion(const std::string& question, bool withCancel);
     void Message(const std::string& text) { hooks_.message(text); }
+    void Report(const std::string& text) { hooks_.report(text); }
     void Status(const QString& text);
 
     SettingsStore& settings_;

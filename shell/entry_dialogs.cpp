@@ -27,24 +27,35 @@ AsciiKeyboard::AsciiKeyboard(SettingsStore& settings, QWidget* parent)
     setWindowTitle(tr("ASCII Keyboard"));
     auto* layout = new QVBoxLayout(this);
     auto* grid = new QGridLayout;
+    grid->setSpacing(3);
+    // Keys of one character in four rows of 17; the three wide keys below them.
+    constexpr int kColumns = 17, kWideSpan = 3;
+    const int keyWidth = fontMetrics().horizontalAdvance('W') * 2 + 12;
     int index = 0;
-    auto addKey = [&](const QString& caption) {
+    auto addKey = [&](const QString& caption, int span) {
         auto* key = new QPushButton(caption, this);
-        key->setMinimumWidth(28);
+        // Narrower than a push button would be: the keys of a keyboard.
+        if (span == 1)
+            key->setFixedWidth(keyWidth);
+        else
+            key->setMinimumWidth(keyWidth * span);
         connect(key, &QPushButton::clicked, this, [this, key] {
             value = KeyValue(key->text());
             accept();
         });
-        grid->addWidget(key, index / 16, index % 16);
-        ++index;
+        grid->addWidget(key, index / kColumns, index % kColumns, 1, span);
+        index += span;
         return key;
     };
+    // One block of letter keys, upper or lower case as "Small Letters" says.
     for (int code = 33; code < 127; ++code) {
         const QChar c(code);
-        QPushButton* key = addKey(c == '&' ? QString("&&") : QString(c));
-        if (c.isUpper()) letters_.push_back(key);
+        if (c >= 'a' && c <= 'z') continue;
+        QPushButton* key = addKey(c == '&' ? QString("&&") : QString(c), 1);
+        if (c >= 'A' && c <= 'Z') letters_.push_back(key);
     }
-    for (const char* wide : {"(space)", "(tab)", "(enter)"}) addKey(wide);
+    index = (index + kColumns - 1) / kColumns * kColumns;
+    for (const char* wide : {"(space)", "(tab)", "(enter)"}) addKey(wide, kWideSpan);
     layout->addLayout(grid);
     auto* bottom = new QHBoxLayout;
     small_ = new QCheckBox(tr("Small Letters"), this);

@@ -14,8 +14,10 @@ namespace mb {
 
 class SettingsStore;
 
-// One key per printable character plus "(space)", "(tab)" and "(enter)". A click
-// sets the value and closes the window; Cancel leaves the value as it was.
+// One key per printable character plus "(space)", "(tab)" and "(enter)"; the
+// letters are one block of keys, in capitals, or in small letters while "Small
+// Letters" is checked. A click sets the value and closes the window; Cancel
+// leaves the value as it was.
 class AsciiKeyboard : public QDialog {
     Q_OBJECT
   public:

@@ -27,6 +27,7 @@
 #include "entry_dialogs.h"
 #include "ieee754_window.h"
 #include "memory_views.h"
+#include "options_dialogs.h"
 #include "settings/settings_store.h"
 #include "window_place.h"
 
@@ -42,23 +43,6 @@ QString Hex(int value, int digits) {
 }
 }  // namespace
 
-RegisterField::RegisterField(const QString& name, int digits, QWidget* parent)
-    : QLabel(parent), name_(name), digits_(digits) {
-    setFrameStyle(QFrame::Panel | QFrame::Sunken);
-    // Drawn as a field: the colour theme's field background and text.
-    setAutoFillBackground(true);
-    setBackgroundRole(QPalette::Base);
-    setForegroundRole(QPalette::Text);
-    setAlignment(Qt::AlignCenter);
-    setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    setMinimumWidth(fontMetrics().horizontalAdvance('0') * (digits + 2));
-    setToolTip(QObject::tr("Double-click to change %1").arg(name));
-}
-
-void RegisterField::mouseDoubleClickEvent(QMouseEvent*) {
-    emit EditRequested(this);
-}
-
 MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
     : QMainWindow(parent),
       settings_(settings),
@@ -68,6 +52,7 @@ MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
       }) {
     hooks_.host = this;
     hooks_.log = &log_;
+    messages_ = std::make_unique<Messages>(settings_, *this);
     rc_ = std::make_unique<RunControl>(*m_, *this, settings_, hooks_, log_);
     images_ = std::make_unique<ProgramImages>(*m_, settings_, *this);
     memoryViews_ = std::make_unique<MemoryViews>(
@@ -90,24 +75,48 @@ MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
         settings_.DeleteLayoutSettings();
         settings_.SetSettingInt("Reset Windows Layout Settings Counter", 5);
     }
+    // The tool windows opened later stand with it (window_place.h).
     if (settings_.GetSettingText("Save Always On Top", "1") == "1")
         setWindowFlag(Qt::WindowStaysOnTopHint, true);
     // The main font and the colour theme before the window takes its size;
     // windows opened later get them from the appearance as they show.
     appearance_->ApplyTo(*this);
-    RestoreWindowPlace(*this, settings_, 1);
     ApplyArrangement();
+    RestoreWindowPlace(*this, settings_, 1);
     ekran();
     UpdateCommands();
 }
 
 MainWindow::~MainWindow() = default;
 
-// "Arrange Mode" 0 stacks the register groups, 1 sets them side by side.
+// "Arrange Mode" 0 stacks the blocks in one column; 1 sets them in two: the
+// registers and flags on the left, the rest on the right.
 void MainWindow::ApplyArrangement() {
-    const bool sideBySide = settings_.GetSettingInt("Arrange Mode", 0) == 1;
-    groups_->setDirection(sideBySide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
-    adjustSize();
+    const int mode = settings_.GetSettingInt("Arrange Mode", 0) == 1 ? 1 : 0;
+    if (arrangement_ >= 0) arrangementSizes_[arrangement_] = size();
+    QWidget* central = centralWidget();
+    delete central->layout();  // the blocks stay, children of the central widget
+    if (mode == 0) {
+        auto* column = new QVBoxLayout(central);
+        for (QWidget* block : blocks_) column->addWidget(block);
+        column->addStretch();
+    } else {
+        auto* columns = new QHBoxLayout(central);
+        auto* left = new QVBoxLayout;
+        auto* right = new QVBoxLayout;
+        for (size_t i = 0; i < blocks_.size(); ++i) (i < 2 ? left : right)->addWidget(blocks_[i]);
+        left->addStretch();
+        right->addStretch();
+        columns->addLayout(left);
+        columns->addLayout(right);
+    }
+    central->layout()->activate();
+    layout()->invalidate();
+    layout()->activate();
+    const auto kept = arrangementSizes_.find(mode);
+    const QSize want = kept != arrangementSizes_.end() ? kept->second : sizeHint();
+    resize(want.expandedTo(minimumSizeHint()));
+    arrangement_ = mode;
 }
 
 // The start-up table, read in its order; a read writes a missing default back.
@@ -116,17 +125,16 @@ void MainWindow::ReadStartupSettings() {
 }
 
 QWidget* MainWindow::BuildRegisterDisplay() {
+    // Five blocks, which ApplyArrangement lays out: three groups of fields, the
+    // instruction and program lines, the interrupt buttons.
     auto* central = new QWidget(this);
-    auto* layout = new QVBoxLayout(central);
-    groups_ = new QBoxLayout(QBoxLayout::TopToBottom);
-    layout->addLayout(groups_);
     // Each group has a grid of its own, so narrow fields stay narrow.
     auto group = [&](const QString& title) {
         auto* box = new QGroupBox(title, central);
         auto* grid = new QGridLayout(box);
         grid->setHorizontalSpacing(4);
         grid->setVerticalSpacing(2);
-        groups_->addWidget(box);
+        blocks_.push_back(box);
         return grid;
     };
     QGridLayout* regs = group(tr("Registers"));
@@ -148,7 +156,11 @@ QWidget* MainWindow::BuildRegisterDisplay() {
     for (int i = 0; i < 9; ++i)
         AddField(special, 0, i, others[i].first, others[i].first, others[i].second);
 
-    auto* info = new QGridLayout;
+    auto* infoBlock = new QWidget(central);
+    auto* info = new QGridLayout(infoBlock);
+    info->setContentsMargins(0, 0, 0, 0);
+    info->setColumnStretch(1, 1);
+    blocks_.push_back(infoBlock);
     auto label = [&](int row, const QString& caption) {
         info->addWidget(new QLabel(caption, central), row, 0);
         auto* value = new QLabel(central);
@@ -161,12 +173,17 @@ QWidget* MainWindow::BuildRegisterDisplay() {
     next_ = label(1, tr("Next instruction:"));
     count_ = label(2, tr("Instructions:"));
     cycles_ = label(3, tr("Clock cycles:"));
-    program_ = label(4, tr("Program:"));
-    // A long path must not widen the window; the whole path is in the tool tip.
-    program_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    layout->addLayout(info);
+    current_->setObjectName("qinstrukcija");
+    next_->setObjectName("qinstrukcijanext");
+    info->addWidget(new QLabel(tr("Program:"), central), 4, 0);
+    program_ = new PathLabel(central);
+    program_->setObjectName("qprogram");
+    info->addWidget(program_, 4, 1);
 
-    auto* buttons = new QHBoxLayout;
+    auto* buttonBlock = new QWidget(central);
+    auto* buttons = new QHBoxLayout(buttonBlock);
+    buttons->setContentsMargins(0, 0, 0, 0);
+    blocks_.push_back(buttonBlock);
     nmi_ = new QPushButton("NMI", central);
     int_ = new QPushButton("INT", central);
     reset_ = new QPushButton("RESET", central);
@@ -186,8 +203,6 @@ QWidget* MainWindow::BuildRegisterDisplay() {
     });
     for (QPushButton* b : {nmi_, int_, reset_}) buttons->addWidget(b);
     buttons->addStretch();
-    layout->addLayout(buttons);
-    layout->addStretch();
     return central;
 }
 
@@ -233,10 +248,16 @@ void MainWindow::BuildMenus() {
     fileMenu_ = file;
     RebuildRecentMenu();
 
+    // The run commands answer their keys in every window of the system.
     QMenu* sim = menuBar()->addMenu(tr("&Simulation"));
-    add(sim, "Start", [this] { rc_->menustart(); });
-    add(sim, "Step", [this] { rc_->menustep(); })->setShortcut(Qt::Key_F8);
-    add(sim, "Stop", [this] { rc_->menustop(); });
+    const std::pair<QAction*, QKeySequence> keys[] = {
+        {add(sim, "Start", [this] { rc_->menustart(); }), QKeySequence(Qt::Key_F5)},
+        {add(sim, "Step", [this] { rc_->menustep(); }), QKeySequence(Qt::Key_F8)},
+        {add(sim, "Stop", [this] { rc_->menustop(); }), QKeySequence(Qt::SHIFT | Qt::Key_F5)}};
+    for (const auto& [action, key] : keys) {
+        action->setShortcut(key);
+        action->setShortcutContext(Qt::ApplicationShortcut);
+    }
 
     QMenu* rate = menuBar()->addMenu(tr("&Rate"));
     rates_ = new QActionGroup(this);
@@ -259,8 +280,7 @@ void MainWindow::BuildMenus() {
                 settings_, [this](const std::string& text) { ShowMessage(text); }, this);
             ieee754_->setAttribute(Qt::WA_DeleteOnClose);
         }
-        ieee754_->show();
-        ieee754_->raise();
+        ShowToolWindow(*ieee754_);
     });
     add(tools, "Simulation Log Viewer", [this] {
         if (!logViewer_) {
@@ -275,11 +295,12 @@ void MainWindow::BuildMenus() {
             };
             rc_->SetLogViewerOpen(true);
         }
-        logViewer_->show();
-        logViewer_->raise();
+        ShowToolWindow(*logViewer_);
     });
 
+    // The commands of the Options menu that this version has, in their order.
     QMenu* options = menuBar()->addMenu(tr("&Options"));
+    options->setToolTipsVisible(true);
     AddOption(options, "Enable Unofficial Instructions", "Enable Unofficial Instructions", 0);
     AddOption(options, "Enable Logging", "Enable Logging New", 0);
     AddOption(options, "HALT Stops Simulation", "HALT Stops Simulation New", 1);
@@ -287,21 +308,32 @@ void MainWindow::BuildMenus() {
     AddTextOption(options, "FF Power On Defaults", "FF Power On Defaults", "ON");
     AddOption(options, "Refresh Memory Editor", "Refresh Memory Editor New", 1);
     AddOption(options, "Show ASCII Characters", "Show ASCII Characters", 1);
+    AddOption(options, "Refresh Breakpoints Manager", "Refresh Breakpoints Manager New", 1);
+    Action("Refresh Breakpoints Manager")
+        ->setToolTip(tr("Kept for the Fast Debugger - Breakpoints Manager, which this version "
+                        "does not have yet: the choice is stored and changes nothing now."));
     AddTextOption(options, "Save Positions", "Save Positions", "ON");
+    AddTextOption(options, "Save Always On Top", "Save Always On Top", "1", "1", "0");
     AddTextOption(options, "Show Pop-up Info Message Boxes", "Show Confirmations", "OFF");
+    add(options, "Configure Info Message Frames", [this] {
+        InfoFramesDialog dialog(settings_, this);
+        dialog.exec();
+    });
     options->addSeparator();
     add(options, "Change Clock Frequency", [this] { rc_->ChangeClockFrequency(); });
     add(options, "Change Starting Address", [this] { rc_->ChangeStartingAddress(); });
     add(options, "Change Offset Address For OBJ Files Loading", [this] { rc_->ChangeObjOffset(); });
     AddOption(options, "Prompt For Value Before IN Instruction", "Prompt Before IN New", 1);
     AddOption(options, "Enable IN/OUT Instructions Logging", "Log IN And OUT New", 0);
-    add(options, "Change Ultimate Rate Refresh Interval",
-        [this] { rc_->ChangeUltimateInterval(); });
     add(options, "Change Registers Arrangement", [this] {
         settings_.SetSettingInt("Arrange Mode",
                                 settings_.GetSettingInt("Arrange Mode", 0) == 0 ? 1 : 0);
         ApplyArrangement();
     });
+    add(options, "Change Ultimate Rate Refresh Interval",
+        [this] { rc_->ChangeUltimateInterval(); });
+    options->addSeparator();
+    add(options, "Editor Setup", [this] { appearance_->menueditorsetup(this); });
     QAction* showRecent = options->addAction("Show Recent Files");
     showRecent->setCheckable(true);
     showRecent->setChecked(settings_.GetSettingInt("Show Recent Files - Simulator", 1) == 1);
@@ -310,11 +342,16 @@ void MainWindow::BuildMenus() {
         RebuildRecentMenu();
     });
     actions_["Show Recent Files"] = showRecent;
-    add(options, "Editor Setup", [this] { appearance_->menueditorsetup(this); });
     add(options, "Change Color Theme", [this] { appearance_->menucolortheme(this); });
     add(options, "Change Main Font", [this] { appearance_->menumainfont(this); });
-    AddOption(options, "Display Relative Branch Hex Argument",
-              "Display Relative Branch Hex Argument", 0);
+    options->addSeparator();
+    add(options, "Clear App Registry Settings", [this] { menuregistry(); });
+    add(options, "Reset Windows Layout Settings", [this] { menuregistry2(); });
+    options->addSeparator();
+    add(options, "Miscellaneous Options", [this] {
+        MiscOptionsDialog dialog(settings_, this);
+        if (dialog.exec() == QDialog::Accepted) ApplyOptions();
+    });
 }
 
 AssemblerWindow* MainWindow::assemblerWindow() const {
@@ -325,13 +362,14 @@ void MainWindow::OpenAssembler() {
     if (!assembler_) {
         AssemblerWindowHooks hooks;
         hooks.message = [this](const std::string& text) { ShowMessage(text); };
+        hooks.report = [this](const std::string& text) { ShowReport(text); };
         hooks.simulationRunning = [this] { return rc_->SimulationRunning != 0; };
         hooks.stopSimulation = [this] {
             rc_->menustop();
             UpdateCommands();
         };
         hooks.loadProgram = [this](const std::string& path) {
-            const bool loaded = images_->LoadProgram(path);
+            const bool loaded = images_->LoadMainProgram(path);
             UpdateCommands();
             ekran();
             return loaded;
@@ -339,8 +377,7 @@ void MainWindow::OpenAssembler() {
         assembler_ = new AssemblerWindow(settings_, std::move(hooks), this);
         assembler_->setAttribute(Qt::WA_DeleteOnClose);
     }
-    assembler_->show();
-    assembler_->raise();
+    ShowToolWindow(*assembler_);
 }
 
 // An on/off option stored as 0 or 1.
@@ -355,14 +392,13 @@ void MainWindow::AddOption(QMenu* menu, const QString& caption, const char* key,
     actions_[caption] = a;
 }
 
-// An on/off option stored as "ON" or "OFF".
 void MainWindow::AddTextOption(QMenu* menu, const QString& caption, const char* key,
-                               const char* def) {
+                               const char* def, const char* on, const char* off) {
     QAction* a = menu->addAction(caption);
     a->setCheckable(true);
-    a->setChecked(settings_.GetSettingText(key, def) == "ON");
-    connect(a, &QAction::toggled, this, [this, key](bool on) {
-        settings_.SetSettingText(key, on ? "ON" : "OFF");
+    a->setChecked(settings_.GetSettingText(key, def) == on);
+    connect(a, &QAction::toggled, this, [this, key, on, off](bool checked) {
+        settings_.SetSettingText(key, checked ? on : off);
         ApplyOptions();
     });
     actions_[caption] = a;
@@ -370,9 +406,9 @@ void MainWindow::AddTextOption(QMenu* menu, const QString& caption, const char* 
 
 void MainWindow::ApplyOptions() {
     const bool onTop = settings_.GetSettingText("Save Always On Top", "1") == "1";
-    if (onTop != bool(windowFlags() & Qt::WindowStaysOnTopHint)) {
-        setWindowFlag(Qt::WindowStaysOnTopHint, onTop);
-        show();
+    if (onTop != windowFlags().testFlag(Qt::WindowStaysOnTopHint)) {
+        SetStaysOnTop(*this, onTop);
+        ApplyOnTopToOwned(*this);
     }
     const int rate = m_->SimulationRate;
     ReadStartupSettings();
@@ -445,14 +481,17 @@ void MainWindow::ekran() {
     SyncCounterTotals(*m_);
     count_->setText(QString::number(m_->InstructionTotal));
     cycles_->setText(QString::number(m_->ClockCycleTotal));
-    const QString program = QString::fromStdString(images_->ProgramFileName());
-    program_->setText(program);
-    program_->setToolTip(program);
+    program_->SetPath(QString::fromStdString(images_->ProgramFileName()));
 }
 
 QString MainWindow::FieldText(const QString& name) const {
     auto it = fields_.find(name);
     return it == fields_.end() ? QString() : it->second->text();
+}
+
+RegisterField* MainWindow::Field(const QString& name) const {
+    auto it = fields_.find(name);
+    return it == fields_.end() ? nullptr : it->second;
 }
 
 // A register takes the last digits typed: one for a flag or a one-digit value,
@@ -475,11 +514,11 @@ bool MainWindow::EditRegister(const QString& name, const QString& typed) {
     return true;
 }
 
+// The value is edited in a box over its field, and taken on Enter.
 void MainWindow::OnFieldEdit(RegisterField* field) {
     if (rc_->StopEnabled && m_->SimulationRate != kRateStepByStep) return;
-    const auto text =
-        AskTextLine(this, kTitle, tr("New value of %1:").arg(field->Name()), field->text());
-    if (text) EditRegister(field->Name(), *text);
+    const QString name = field->Name();
+    field->OpenEditor([this, name](const QString& text) { EditRegister(name, text); });
 }
 
 void MainWindow::UpdateCommands() {
@@ -578,22 +617,12 @@ bool MainWindow::AskText(const std::string& prompt, const std::string& proposed,
 
 void MainWindow::ShowMessage(const std::string& text) {
     messages.push_back(text);
-    if (QApplication::platformName() == "offscreen") return;
-    if (settings_.GetSettingText("Show Confirmations", "OFF") == "ON") {
-        if (messageShowing_) return;
-        messageShowing_ = true;
-        QMessageBox::information(this, kTitle, QString::fromStdString(text));
-        messageShowing_ = false;
-        return;
-    }
-    // The Confirmation window: not modal, gone after "Messages Duration".
-    auto* box = new QMessageBox(QMessageBox::Information, kTitle, QString::fromStdString(text),
-                                QMessageBox::Ok, this);
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setModal(false);
-    box->show();
-    const int seconds = std::clamp(settings_.GetSettingInt("Messages Duration", 3), 1, 10);
-    QTimer::singleShot(seconds * 1000, box, &QWidget::close);
+    if (messages_) messages_->Show(QString::fromStdString(text), MessageKind::Notice);
+}
+
+void MainWindow::ShowReport(const std::string& text) {
+    messages.push_back(text);
+    if (messages_) messages_->Show(QString::fromStdString(text), MessageKind::Report);
 }
 
 void MainWindow::ShowFile(const std::string& path) {
@@ -609,29 +638,32 @@ void MainWindow::ShowFile(const std::string& path) {
     auto* layout = new QVBoxLayout(viewer);
     layout->addWidget(edit);
     viewer->resize(900, 600);
-    viewer->show();
+    ShowToolWindow(*viewer);
 }
 
 // ---- ImageHost ----
 
-std::string MainWindow::AskOpenFile(const std::string& folder, int& filterIndex) {
+std::string MainWindow::AskOpenFile(const std::string& title, const std::string& folder,
+                                    int& filterIndex) {
     if (fileAnswer) return fileAnswer(false);
     const QStringList filters = {tr("Object files (*.obj)"), tr("Intel HEX files (*.hex)"),
                                  tr("All files (*)")};
     QString selected = filters.value(filterIndex - 1, filters[0]);
-    const QString path = QFileDialog::getOpenFileName(this, kTitle, QString::fromStdString(folder),
-                                                      filters.join(";;"), &selected);
+    const QString path =
+        QFileDialog::getOpenFileName(this, QString::fromStdString(title),
+                                     QString::fromStdString(folder), filters.join(";;"), &selected);
     filterIndex = static_cast<int>(filters.indexOf(selected)) + 1;
     return path.toStdString();
 }
 
-std::string MainWindow::AskSaveFile(const std::string& folder, int& filterIndex) {
+std::string MainWindow::AskSaveFile(const std::string& title, const std::string& folder,
+                                    int& filterIndex) {
     if (fileAnswer) return fileAnswer(true);
     const QStringList filters = {tr("Object files (*.obj)"), tr("Intel HEX files (*.hex)")};
     QString selected = filters.value(filterIndex - 1, filters[0]);
-    const QString path = QFileDialog::getSaveFileName(this, kTitle, QString::fromStdString(folder),
-                                                      filters.join(";;"), &selected,
-                                                      QFileDialog::DontConfirmOverwrite);
+    const QString path = QFileDialog::getSaveFileName(
+        this, QString::fromStdString(title), QString::fromStdString(folder), filters.join(";;"),
+        &selected, QFileDialog::DontConfirmOverwrite);
     filterIndex = static_cast<int>(filters.indexOf(selected)) + 1;
     return path.toStdString();
 }
@@ -696,10 +728,14 @@ void MainWindow::menuregistry2() {
                   "be preserved.\nAlso, the application will be closed.\nDo you want to proceed?"))
         return;
     const int removed = settings_.DeleteLayoutSettings();
-    ShowMessage(removed > 0 ? "Window layout settings deleted (for " + std::to_string(removed) +
-                                  " windows)."
-                            : "Window layout settings not found.");
-    QCoreApplication::exit(0);
+    ShowReport(removed > 0
+                   ? "Window layout settings deleted (for " + std::to_string(removed) + " windows)."
+                   : "Window layout settings not found.");
+    // The program ends once the user has read the answer.
+    if (QMessageBox* box = messages_->report())
+        connect(box, &QObject::destroyed, qApp, [] { QCoreApplication::exit(0); });
+    else
+        QCoreApplication::exit(0);
 }
 
 // The recent files stand between two separators of the File menu.
@@ -736,8 +772,7 @@ void MainWindow::OpenRecent(const std::string& path) {
         return;
     }
     settings_.SetSettingText("Auto Start Hex File", path);
-    images_->ClearMemory();
-    images_->LoadProgram(path);
+    images_->LoadMainProgram(path);
     UpdateCommands();
 }
 

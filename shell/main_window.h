@@ -20,6 +20,8 @@
 #include "settings/recent_files.h"
 #include "shell/ieee754_window.h"
 #include "shell/log_viewer_window.h"
+#include "shell/message_window.h"
+#include "shell/register_fields.h"
 #include "shell/theme.h"
 
 class QAction;
@@ -34,25 +36,6 @@ namespace mb {
 class AssemblerWindow;
 class MemoryViews;
 class SettingsStore;
-
-// One field of the register display; a double click asks to edit it.
-class RegisterField : public QLabel {
-    Q_OBJECT
-  public:
-    RegisterField(const QString& name, int digits, QWidget* parent);
-    const QString& Name() const { return name_; }
-    int Digits() const { return digits_; }
-
-  signals:
-    void EditRequested(RegisterField* field);
-
-  protected:
-    void mouseDoubleClickEvent(QMouseEvent* event) override;
-
-  private:
-    QString name_;
-    int digits_;  // 1 flag or one-digit value, 2 byte, 4 word
-};
 
 class MainWindow : public QMainWindow, public Host, public ImageHost {
     Q_OBJECT
@@ -71,6 +54,12 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     bool EditRegister(const QString& name, const QString& text);
     // Text shown in a field, for tests.
     QString FieldText(const QString& name) const;
+    RegisterField* Field(const QString& name) const;
+    PathLabel* programField() const { return program_; }
+    // The message windows: the Confirmation window and the report box.
+    Messages& messageWindows() { return *messages_; }
+    // A text that must be read, such as a list of errors: it stays until closed.
+    void ShowReport(const std::string& text);
     QAction* Action(const QString& caption) const;
     Ieee754Window* ieee754Window() const { return ieee754_; }
     LogViewerWindow* logViewerWindow() const { return logViewer_; }
@@ -102,8 +91,10 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     void ShowFile(const std::string& path) override;
 
     // ImageHost
-    std::string AskOpenFile(const std::string& folder, int& filterIndex) override;
-    std::string AskSaveFile(const std::string& folder, int& filterIndex) override;
+    std::string AskOpenFile(const std::string& title, const std::string& folder,
+                            int& filterIndex) override;
+    std::string AskSaveFile(const std::string& title, const std::string& folder,
+                            int& filterIndex) override;
     bool AskYesNo(const std::string& question) override;
     std::optional<std::string> AskText(const std::string& prompt,
                                        const std::string& offered) override;
@@ -132,6 +123,8 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
                   int digits);
     void UpdateCommands();
     void RebuildRecentMenu();
+    // Lays the blocks of the display out by "Arrange Mode"; each arrangement
+    // comes back at the size it had.
     void ApplyArrangement();
     void menuregistry();
     void menuregistry2();
@@ -141,7 +134,9 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     void OpenRecent(const std::string& path);
     void OnFieldEdit(RegisterField* field);
     void AddOption(QMenu* menu, const QString& caption, const char* key, int def);
-    void AddTextOption(QMenu* menu, const QString& caption, const char* key, const char* def);
+    // An option stored as a text: on and off are its two values.
+    void AddTextOption(QMenu* menu, const QString& caption, const char* key, const char* def,
+                       const char* on = "ON", const char* off = "OFF");
     void ApplyOptions();
     int* RegisterByName(const QString& name);
 
@@ -157,12 +152,15 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     QLabel* next_ = nullptr;
     QLabel* count_ = nullptr;
     QLabel* cycles_ = nullptr;
-    QLabel* program_ = nullptr;
+    PathLabel* program_ = nullptr;
     QPushButton* nmi_ = nullptr;
     QPushButton* int_ = nullptr;
     QPushButton* reset_ = nullptr;
     QActionGroup* rates_ = nullptr;
-    QBoxLayout* groups_ = nullptr;
+    // The blocks of the display, in the order of the one-column arrangement.
+    std::vector<QWidget*> blocks_;
+    int arrangement_ = -1;
+    std::map<int, QSize> arrangementSizes_;
     std::map<QString, QAction*> actions_;
     RecentFiles recent_;
     QMenu* fileMenu_ = nullptr;
@@ -176,7 +174,7 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     QPointer<AssemblerWindow> assembler_;
     // After hooks_ and the machine: it tells the hooks as it goes.
     std::unique_ptr<MemoryViews> memoryViews_;
-    bool messageShowing_ = false;  // a modal message drops messages that arrive meanwhile
+    std::unique_ptr<Messages> messages_;
 };
 
 }  // namespace mb

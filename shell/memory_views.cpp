@@ -1,6 +1,7 @@
 #include "memory_views.h"
 
 #include "settings/settings_store.h"
+#include "window_place.h"
 
 namespace mb {
 
@@ -23,9 +24,7 @@ MemoryEditorWindow* MemoryViews::memoryEditor(int number) const {
 void MemoryViews::Opened(QWidget* window) {
     window->setAttribute(Qt::WA_DeleteOnClose);
     UpdateHooks();
-    window->show();
-    window->raise();
-    window->activateWindow();
+    ShowToolWindow(*window);
 }
 
 void MemoryViews::OpenMemoryEditor(int number) {

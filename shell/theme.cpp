@@ -14,6 +14,7 @@
 #include "color_theme_dialog.h"
 #include "editor_setup_dialog.h"
 #include "settings/settings_store.h"
+#include "window_place.h"
 
 namespace mb {
 
@@ -55,6 +56,35 @@ bool IsFixedPitch(const QFont& font) {
            QFontDatabase::isFixedPitch(font.family()) || QFontInfo(font).fixedPitch();
 }
 
+// Selected text in lists, menus and fields must read at a glance: of the field
+// colours, black and white, it takes the one that reads best on the selection
+// colour. Where even that falls short of kReadable, the selection colour is
+// moved away from the text, darker under light text and lighter under dark.
+constexpr double kReadable = 7.0;
+
+int Mix(int color, int toward, double share) {
+    auto channel = [share](int a, int b) { return static_cast<int>(a + (b - a) * share + 0.5); };
+    return Rgb(channel(RedOf(color), RedOf(toward)), channel(GreenOf(color), GreenOf(toward)),
+               channel(BlueOf(color), BlueOf(toward)));
+}
+
+}  // namespace
+
+std::pair<int, int> SelectionColours(const ColorTheme& theme) {
+    const int black = Rgb(0, 0, 0), white = Rgb(255, 255, 255);
+    int selection = theme.Slot(5);
+    int text = theme.Slot(6);
+    for (int candidate : {theme.Slot(7), black, white})
+        if (ContrastRatio(candidate, selection) > ContrastRatio(text, selection)) text = candidate;
+    const int away = ContrastRatio(text, black) > ContrastRatio(text, white) ? black : white;
+    const int original = selection;
+    for (int step = 1; step <= 20 && ContrastRatio(text, selection) < kReadable; ++step)
+        selection = Mix(original, away, step / 20.0);
+    return {selection, text};
+}
+
+namespace {
+
 QString MainFont(SettingsStore& settings) {
     const QString family =
         QString::fromStdString(settings.GetSettingText("Main Font", kDefaultMainFont));
@@ -71,7 +101,6 @@ QPalette ThemePalette(const ColorTheme& theme) {
     p.setColor(QPalette::Dark, c(3));
     p.setColor(QPalette::Midlight, c(4));
     p.setColor(QPalette::Mid, c(5));
-    p.setColor(QPalette::Highlight, c(5));
     p.setColor(QPalette::Base, c(6));
     p.setColor(QPalette::Text, c(7));
     p.setColor(QPalette::Button, c(8));
@@ -84,19 +113,9 @@ QPalette ThemePalette(const ColorTheme& theme) {
     p.setColor(QPalette::ToolTipBase, c(15));
     p.setColor(QPalette::PlaceholderText, c(16));
     p.setColor(QPalette::ToolTipText, c(17));
-    // Selected text is field background or field text, whichever reads better;
-    // black or white when neither reads well on the selection.
-    const int selection = theme.Slot(5);
-    int selected =
-        ContrastRatio(theme.Slot(6), selection) >= ContrastRatio(theme.Slot(7), selection)
-            ? theme.Slot(6)
-            : theme.Slot(7);
-    constexpr double kReadable = 4.5;
-    if (ContrastRatio(selected, selection) < kReadable) {
-        const int black = Rgb(0, 0, 0), white = Rgb(255, 255, 255);
-        selected =
-            ContrastRatio(black, selection) >= ContrastRatio(white, selection) ? black : white;
-    }
+    const auto [selection, selected] = SelectionColours(theme);
+    p.setColor(QPalette::Highlight,
+               QColor(RedOf(selection), GreenOf(selection), BlueOf(selection)));
     p.setColor(QPalette::HighlightedText,
                QColor(RedOf(selected), GreenOf(selected), BlueOf(selected)));
     // Disabled text stands halfway between its colour and its background.
@@ -201,6 +220,7 @@ void Appearance::menueditorsetup(QWidget* parent) {
             if (editorsApplied) editorsApplied();
         };
     }
+    ApplyOnTop(*editorSetup_);
     editorSetup_->open();
     editorSetup_->raise();
 }
@@ -210,6 +230,7 @@ void Appearance::menucolortheme(QWidget* parent) {
         colorTheme_ = new ColorThemeDialog(settings_, parent);
         colorTheme_->setAttribute(Qt::WA_DeleteOnClose);
     }
+    ApplyOnTop(*colorTheme_);
     colorTheme_->open();
     colorTheme_->raise();
 }

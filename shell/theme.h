@@ -13,6 +13,7 @@
 #include <QString>
 #include <functional>
 #include <optional>
+#include <utility>
 
 #include "settings/color_themes.h"
 
@@ -29,6 +30,10 @@ class EditorSetupDialog;
 // 11 shadow, 12 alternate rows, 13/14 links, 15/17 tool tips, 16 placeholder
 // text. Disabled text is drawn halfway between its colour and its background.
 QPalette ThemePalette(const ColorTheme& theme);
+// The selection colour and the selected text of a theme, as RGB values: the
+// text that reads best on the theme's selection colour, and that colour made
+// darker or lighter where the text would not read well enough on it.
+std::pair<int, int> SelectionColours(const ColorTheme& theme);
 
 // A window with colours of its own beyond the palette (a screen, a terminal)
 // implements this; settheme calls it after setting the palette.

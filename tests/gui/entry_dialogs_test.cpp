@@ -50,6 +50,30 @@ class EntryDialogsTest : public QObject {
         QCOMPARE(board.value, 97);
     }
 
+    // One block of letters: capitals, or small letters while the box is checked,
+    // kept for the next opening; every other printable character once.
+    void smallLettersSwitchTheOneBlockOfLetters() {
+        MemorySettingsStore settings;
+        for (const bool small : {false, true, false}) {
+            AsciiKeyboard board(settings, nullptr);
+            board.findChild<QCheckBox*>()->setChecked(small);
+            QStringList letters, captions;
+            for (QPushButton* b : board.findChildren<QPushButton*>()) {
+                if (b->text() == "Cancel") continue;
+                captions << b->text();
+                if (b->text().size() == 1 && b->text().at(0).isLetter()) letters << b->text();
+            }
+            QCOMPARE(letters.size(), 26);
+            for (const QString& letter : letters)
+                QVERIFY2(small ? letter.at(0).isLower() : letter.at(0).isUpper(),
+                         qPrintable(letter));
+            QCOMPARE(captions.removeDuplicates(), 0);
+            QCOMPARE(captions.size(), 94 - 26 + 3);  // printable, one block of letters, 3 wide
+            AsciiKeyboard reopened(settings, nullptr);
+            QCOMPARE(reopened.findChild<QCheckBox*>()->isChecked(), small);
+        }
+    }
+
     void hexValueDialogCancelGivesMinusOne() {
         MemorySettingsStore settings;
         ByteEntryDialog dialog(ByteEntryDialog::Kind::HexValue, "Device",

@@ -1,15 +1,21 @@
 #include "shell/main_window.h"
 
 #include <QAction>
+#include <QCheckBox>
 #include <QClipboard>
+#include <QGroupBox>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include "ide_fixture.h"
+#include "shell/assembler_window.h"
 #include "shell/ieee754_window.h"
+#include "shell/options_dialogs.h"
 #include "shell/qt_settings_store.h"
 
 using namespace mb;
@@ -66,23 +72,76 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
         QVERIFY(window->Action("Start")->isEnabled());
     }
 
-    void registerEdits() {
+    // A double click opens an edit box over the field itself, with the value
+    // selected; Enter takes the last digits typed, Esc leaves the register.
+    void registersAreEditedInPlace() {
         Open();
-        QVERIFY(window->EditRegister("A", "1FF"));
+        struct Row {
+            const char* field;
+            const char* typed;
+            Qt::Key key;
+            const char* shown;
+        };
+        const Row rows[] = {
+            {"A", "3c", Qt::Key_Return, "3C"},     {"A", "1FF", Qt::Key_Return, "FF"},
+            {"B", "12", Qt::Key_Escape, "FF"},     {"FlagZ", "0", Qt::Key_Enter, "0"},
+            {"FlagZ", "2", Qt::Key_Return, "0"},   {"PC", "12345", Qt::Key_Return, "2345"},
+            {"SP", "xyz", Qt::Key_Return, "FFFF"}, {"B'", "7", Qt::Key_Return, "07"},
+        };
+        for (const Row& row : rows) {
+            RegisterField* field = window->Field(row.field);
+            QVERIFY(field);
+            const QString before = field->text();
+            QTest::mouseDClick(field, Qt::LeftButton);
+            QLineEdit* box = field->editor();
+            QVERIFY2(box && box->isVisible(), row.field);
+            QCOMPARE(box->parentWidget(), field);
+            QCOMPARE(box->geometry(), field->rect());
+            QCOMPARE(box->selectedText(), before);
+            QVERIFY(!QApplication::activeModalWidget());
+            QTest::keyClicks(box, row.typed);
+            QTest::keyClick(box, row.key);
+            QTRY_VERIFY(!field->editor());
+            QCOMPARE(field->text(), QString(row.shown));
+        }
         QCOMPARE(window->machine().A, 0xFF);
-        QVERIFY(window->EditRegister("A", "3c"));
-        QCOMPARE(window->machine().A, 0x3C);
-        QVERIFY(window->EditRegister("FlagZ", "0"));
-        QCOMPARE(window->machine().FlagZ, 0);
-        QVERIFY(!window->EditRegister("FlagZ", "2"));
-        QCOMPARE(window->machine().FlagZ, 0);
-        QVERIFY(window->EditRegister("PC", "12345"));
         QCOMPARE(window->machine().PC, 0x2345);
-        QVERIFY(!window->EditRegister("SP", "xyz"));
-        QCOMPARE(window->machine().SP, 0xFFFF);
-        QVERIFY(window->EditRegister("B'", "7"));
         QCOMPARE(window->machine().AltB, 7);
-        QCOMPARE(window->FieldText("B'"), QString("07"));
+    }
+
+    // While the machine runs at a rate other than Step By Step a double click
+    // does nothing.
+    void noRegisterEditWhileRunningFast() {
+        Open();
+        LoadExample("counter.obj");
+        Trigger("Fast");
+        bool opened = true;
+        QTimer::singleShot(150, this, [&] {
+            QTest::mouseDClick(window->Field("A"), Qt::LeftButton);
+            opened = window->Field("A")->editor() != nullptr;
+            Trigger("Stop");
+        });
+        Trigger("Start");
+        QVERIFY(!opened);
+    }
+
+    // The program line shows the file name whole, however long the folder.
+    void programFieldShowsTheWholeFileName() {
+        Open();
+        const QString folder = dir.filePath(
+            "a folder with a rather long name for a program/and another one below it/and a third");
+        QVERIFY(QDir().mkpath(folder));
+        const QString path = folder + "/counter-program-with-a-long-name.obj";
+        QVERIFY(QFile::copy(QString(MB_EXAMPLES) + "/counter.obj", path));
+        LoadFile(path.toStdString());
+        PathLabel* field = window->programField();
+        // The window widens for the name as its layout settles.
+        QTRY_VERIFY2(field->DisplayedText().endsWith("/counter-program-with-a-long-name.obj"),
+                     qPrintable(field->DisplayedText()));
+        const QString shown = field->DisplayedText();
+        QVERIFY2(shown.contains(QChar(0x2026)), qPrintable(shown));  // the folder is shortened
+        QVERIFY(field->fontMetrics().horizontalAdvance(shown) <= field->contentsRect().width());
+        QCOMPARE(field->toolTip(), path);
     }
 
     void recentFilesInTheFileMenu() {
@@ -140,12 +199,35 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
         QVERIFY(window->machine().InstructionCount < 10);
     }
 
-    void registersArrangementIsStored() {
+    // Both arrangements fill their window, and each comes back at its size.
+    void registersArrangementFillsTheWindowAndComesBack() {
         Open();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        auto filled = [this] {
+            QWidget* central = window->centralWidget();
+            QRect used;
+            for (QWidget* w : central->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+                used |= w->geometry();
+            return used.width() >= central->width() * 9 / 10 &&
+                   used.height() >= central->height() * 9 / 10;
+        };
+        QVERIFY(filled());
+        const QSize column = window->size();
+        auto box = [this](const char* title) {
+            for (QGroupBox* b : window->findChildren<QGroupBox*>())
+                if (b->title() == title) return b->geometry();
+            return QRect();
+        };
         Trigger("Change Registers Arrangement");
         QCOMPARE(settings->GetSettingInt("Arrange Mode", 0), 1);
+        QVERIFY(filled());
+        // Two columns: the 16-bit registers beside the registers.
+        QVERIFY(box("Interrupts and 16-bit registers").left() > box("Registers").right());
+        QVERIFY(window->height() < column.height());
         Trigger("Change Registers Arrangement");
         QCOMPARE(settings->GetSettingInt("Arrange Mode", 0), 0);
+        QCOMPARE(window->size(), column);
+        QVERIFY(filled());
     }
 
     void ieee754ToolConvertsAndCopies() {
@@ -185,6 +267,98 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
         QCOMPARE(window->machine().PC, 0);
         QCOMPARE(window->machine().CurrentInstructionText, std::string("RESET"));
         Trigger("Stop");
+    }
+
+    // Every way of loading starts the machine afresh at the new program: PC and
+    // Next instruction show it at once, not the program that ran before.
+    void everyLoadShowsTheNewProgram() {
+        Open();
+        const QString source = dir.filePath("prog.asm");
+        QFile file(source);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("\tORG 0\n\tLD A,7\n\tHALT\n");
+        file.close();
+        const std::string counter = std::string(MB_EXAMPLES) + "/counter.obj";
+        const std::pair<const char*, std::function<void()>> loads[] = {
+            {"Load Program", [&] { LoadFile(counter); }},
+            {"Reload", [&] { Trigger("Reload"); }},
+            {"recent file",
+             [&] {
+                 for (QAction* a : window->menuBar()->actions().first()->menu()->actions())
+                     if (a->text().startsWith("1: ")) a->trigger();
+             }},
+            {"Assemble & Load",
+             [&] {
+                 Trigger("Assembler");
+                 AssemblerWindow* editor = window->assemblerWindow();
+                 editor->questionAnswer = [](const std::string&) { return 0; };
+                 QVERIFY(editor->OpenFile(source));
+                 editor->Action("Assemble && Load")->trigger();
+             }},
+        };
+        for (const auto& [how, load] : loads) {
+            LoadExample("hello.obj");
+            Trigger("Ultimate");
+            Trigger("Start");  // runs to its HALT
+            QVERIFY(window->machine().PC != 0);
+            load();
+            QVERIFY2(window->FieldText("PC") == "0000", how);
+            const QString next = window->findChild<QLabel*>("qinstrukcijanext")->text();
+            QCOMPARE(next, QString::fromStdString(InstructionTextAt(window->machine(), 0)));
+            QVERIFY2(!next.isEmpty(), how);
+            QVERIFY2(window->findChild<QLabel*>("qinstrukcija")->text().isEmpty(), how);
+        }
+    }
+
+    // The file dialogs carry the caption of their command.
+    void fileDialogsAreTitledByTheirCommand() {
+        Open();
+        LoadExample("hello.obj");
+        for (const char* command : {"Load Program", "Load Another Program File", "Save Memory"}) {
+            QString title;
+            QTimer::singleShot(200, this, [&title] {
+                QWidget* dialog = QApplication::activeModalWidget();
+                if (!dialog) return;
+                title = dialog->windowTitle();
+                static_cast<QDialog*>(dialog)->reject();
+            });
+            Trigger(command);
+            QCOMPARE(title, QString(command));
+        }
+    }
+
+    // The options of the menu are stored as their settings want them.
+    void optionsAreStored() {
+        Open();
+        const struct {
+            const char* caption;
+            const char* key;
+            const char* off;
+        } toggles[] = {{"Save Always On Top", "Save Always On Top", "0"},
+                       {"Show Pop-up Info Message Boxes", "Show Confirmations", "ON"},
+                       {"Save Positions", "Save Positions", "OFF"}};
+        for (const auto& t : toggles) {
+            Trigger(t.caption);
+            QCOMPARE(settings->GetSettingText(t.key, "?"), std::string(t.off));
+        }
+        Trigger("Refresh Breakpoints Manager");
+        QCOMPARE(settings->GetSettingInt("Refresh Breakpoints Manager New", -1), 0);
+        QVERIFY(window->Action("Refresh Breakpoints Manager")->toolTip().contains("not have"));
+
+        QTimer::singleShot(0, this, [] {
+            auto* misc = qobject_cast<MiscOptionsDialog*>(QApplication::activeModalWidget());
+            QVERIFY(misc);
+            QCOMPARE(misc->delay(0)->value(), 700);
+            QCOMPARE(misc->delay(1)->value(), 120);
+            QCOMPARE(misc->delay(2)->value(), 25);
+            misc->delay(0)->setValue(502);
+            misc->relativeHex()->setChecked(true);
+            misc->accept();
+        });
+        Trigger("Miscellaneous Options");
+        QCOMPARE(settings->GetSettingInt("Simulation Rate Slow Delay", 0), 100);
+        QCOMPARE(settings->GetSettingInt("Display Relative Branch Hex Argument", 0), 1);
+        QCOMPARE(window->machine().RelativeBranchHex, 1);
     }
 };
 

@@ -50,17 +50,35 @@ class ThemeTest : public QObject, protected testing::IdeFixture {
     std::string Stored(const char* key) { return settings->GetSettingText(key, "?"); }
 
   private slots:
-    // Every theme keeps selected text readable on its selection colour.
+    // Every theme keeps selected text readable on its selection colour: in the
+    // palette, and as a list draws its selected row (the style may shade the
+    // selection, and the text is drawn smoothed).
     void selectedTextReadsInEveryTheme() {
+        const auto rgb = [](const QColor& c) { return Rgb(c.red(), c.green(), c.blue()); };
         for (const ThemeRow& row : ColorThemeTable()) {
             ColorTheme theme;
             theme.name = row.name;
             theme.colors = row.colors;
             const QPalette p = ThemePalette(theme);
-            const auto rgb = [](const QColor& c) { return Rgb(c.red(), c.green(), c.blue()); };
-            QVERIFY2(ContrastRatio(rgb(p.color(QPalette::HighlightedText)),
-                                   rgb(p.color(QPalette::Highlight))) >= 4.5,
-                     row.name.c_str());
+            const double inPalette = ContrastRatio(rgb(p.color(QPalette::HighlightedText)),
+                                                   rgb(p.color(QPalette::Highlight)));
+            QVERIFY2(inPalette >= 7.0, row.name.c_str());
+
+            QListWidget list;
+            list.setPalette(p);
+            list.addItems({"Toxic", "Uranium"});
+            list.setCurrentRow(0);
+            list.resize(200, 80);
+            list.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&list));
+            const QImage image = list.viewport()->grab().toImage();
+            const QRect item = list.visualItemRect(list.item(0));
+            const int selection = rgb(image.pixelColor(item.right() - 2, item.center().y()));
+            double drawn = 1;
+            for (int y = item.top(); y <= item.bottom(); ++y)
+                for (int x = item.left(); x < item.left() + item.width() / 2; ++x)
+                    drawn = std::max(drawn, ContrastRatio(rgb(image.pixelColor(x, y)), selection));
+            QVERIFY2(drawn >= 4.5, qPrintable(QString("%1: %2").arg(row.name.c_str()).arg(drawn)));
         }
     }
 

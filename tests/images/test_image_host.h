@@ -16,10 +16,10 @@ namespace mb::testing {
 class ScriptedImageHost : public ImageHost {
   public:
     void ShowMessage(const std::string& text) override { messages.push_back(text); }
-    std::string AskOpenFile(const std::string&, int& filter) override {
+    std::string AskOpenFile(const std::string&, const std::string&, int& filter) override {
         return Next(openAnswers, filter);
     }
-    std::string AskSaveFile(const std::string&, int& filter) override {
+    std::string AskSaveFile(const std::string&, const std::string&, int& filter) override {
         return Next(saveAnswers, filter);
     }
     bool AskYesNo(const std::string& q) override {

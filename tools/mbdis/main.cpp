@@ -31,8 +31,8 @@ class CommandLineHost : public mb::ImageHost {
     void ShowMessage(const std::string& text) override {
         if (text.rfind("Operation completed.", 0) != 0) std::cerr << "mbdis: " << text << "\n";
     }
-    std::string AskOpenFile(const std::string&, int&) override { return ""; }
-    std::string AskSaveFile(const std::string&, int&) override { return ""; }
+    std::string AskOpenFile(const std::string&, const std::string&, int&) override { return ""; }
+    std::string AskSaveFile(const std::string&, const std::string&, int&) override { return ""; }
     bool AskYesNo(const std::string&) override { return false; }
     std::optional<std::string> AskText(const std::string&, const std::string&) override {
         return std::nullopt;

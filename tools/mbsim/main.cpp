@@ -186,8 +186,8 @@ bool ParseOptions(int argc, char** argv, Options& o, bool& help) {
 class LoaderHost : public mb::ImageHost {
   public:
     void ShowMessage(const std::string& text) override { last = text; }
-    std::string AskOpenFile(const std::string&, int&) override { return ""; }
-    std::string AskSaveFile(const std::string&, int&) override { return ""; }
+    std::string AskOpenFile(const std::string&, const std::string&, int&) override { return ""; }
+    std::string AskSaveFile(const std::string&, const std::string&, int&) override { return ""; }
     bool AskYesNo(const std::string&) override { return false; }
     std::optional<std::string> AskText(const std::string&, const std::string&) override {
         return std::nullopt;

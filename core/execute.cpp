@@ -21,6 +21,10 @@
 #include "execute.h"
 
 #include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <utility>
 
 #include "access.h"
@@ -589,13 +593,49 @@ MB_NOINLINE void ExecuteSlowStart(Machine& m) {
         StartInstruction<false>(m);
 }
 
-}  // namespace
-
-void ExecuteInstruction(Machine& m) {
+MB_ALWAYS_INLINE void ExecuteOne(Machine& m) {
     if ((m.SimulationRate != kRateUltimate) | m.EiPending) [[unlikely]]
         ExecuteSlowStart(m);
     else
         StartInstruction<false>(m);
+}
+
+}  // namespace
+
+void ExecuteInstruction(Machine& m) {
+    ExecuteOne(m);
+}
+
+namespace {
+
+// EiPending, StopRequest and ResetHold lie side by side, so that the batch
+// tests all three with one load: any of them takes the instruction off the
+// fast path.
+static_assert(offsetof(Machine, StopRequest) == offsetof(Machine, EiPending) + 1);
+static_assert(offsetof(Machine, ResetHold) == offsetof(Machine, EiPending) + 2);
+
+MB_ALWAYS_INLINE bool AnyPendingFlag(const Machine& m) {
+    std::uint32_t bytes;
+    std::memcpy(&bytes, &m.EiPending, sizeof bytes);
+    constexpr std::uint32_t kFirstThree =
+        std::endian::native == std::endian::little ? 0x00FFFFFFu : 0xFFFFFF00u;
+    return (bytes & kFirstThree) != 0;
+}
+
+}  // namespace
+
+int ExecuteInstructions(Machine& m, int count) {
+    int done = 0;
+    for (;;) {
+        if ((m.SimulationRate != kRateUltimate) | AnyPendingFlag(m)) [[unlikely]] {
+            if (done > 0 && (m.StopRequest | m.ResetHold | (m.SimulationRate < kRateExtremelyFast)))
+                return done;
+            ExecuteSlowStart(m);
+        } else {
+            StartInstruction<false>(m);
+        }
+        if (++done >= count) return done;
+    }
 }
 
 }  // namespace mb

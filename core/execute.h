@@ -9,6 +9,11 @@ namespace mb {
 // Executes exactly one instruction at PC, then the end-of-instruction stage.
 void ExecuteInstruction(Machine& m);
 
+// The fast rates' batch: ExecuteInstruction up to `count` times (at least
+// once), ending early after an instruction that leaves StopRequest or
+// ResetHold set or the rate below Extremely Fast. Returns how many ran.
+int ExecuteInstructions(Machine& m, int count);
+
 // Stack access without hooks.
 void PushWord(Machine& m, int value);
 int PopWord(Machine& m);

@@ -155,7 +155,7 @@ int RunControl::AskVector() {
 
 void RunControl::Command3Press() {
     Step2Enabled = false;
-    ResetHold = true;
+    m_.ResetHold = true;
     CommandsChanged();
     host_.Yield();
     if (m_.SimulationRate == kRateStepByStep) {
@@ -172,7 +172,7 @@ void RunControl::Command3Release() {
 
 void RunControl::clickreset() {
     if (SimulationRunning && m_.SimulationRate != kRateStepByStep && !ResetRequest) {
-        ResetRequest = ResetHold = true;
+        ResetRequest = m_.ResetHold = true;
         host_.Yield();
         return;
     }
@@ -181,7 +181,7 @@ void RunControl::clickreset() {
 }
 
 void RunControl::AutoResetSteps() {
-    ResetRequest = ResetHold = false;
+    ResetRequest = m_.ResetHold = false;
     Step2Enabled = false;
     m_.NmiCommandEnabled = m_.IntCommandEnabled = false;
     CommandsChanged();
@@ -204,7 +204,7 @@ bool RunControl::ResetFromText() {
     CommandsChanged();
     if (log_.IsOpen()) log_.WriteLine("RESET");
     log_.IoReset();
-    ResetHold = false;
+    m_.ResetHold = false;
     host_.Yield();
     if (!SimulationRunning) return false;
     if (m_.SimulationRate == kRateStepByStep) {

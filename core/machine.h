@@ -106,8 +106,10 @@ struct Machine {
     int PrefixRecognised = 0;
     bool EiPending = false;
 
-    // Requests served at fixed points of the cycle and the run loop.
+    // Requests served at fixed points of the cycle and the run loop. StopRequest
+    // and ResetHold (the RESET command held down) end the run loop.
     bool StopRequest = false;
+    bool ResetHold = false;
     bool NmiRequest = false;
     bool IntRequest = false;
 

@@ -143,7 +143,7 @@ int RunControl::UltimateInterval() {
 void RunControl::clean1() {
     StartTimer = 0;
     m_.StopRequest = m_.NmiRequest = m_.IntRequest = false;
-    ResetHold = ResetRequest = false;
+    m_.ResetHold = ResetRequest = false;
     m_.EiPending = false;
     log_.IoLogWritten = false;
     BreakRequest = false;
@@ -300,7 +300,7 @@ void RunControl::ultimatetimer() {
 }
 
 bool RunControl::LeaveLoop() const {
-    return m_.SimulationRate == kRateStepByStep || m_.StopRequest || ResetHold;
+    return m_.SimulationRate == kRateStepByStep || m_.StopRequest || m_.ResetHold;
 }
 
 // Up to `count` sleeps of 5 ms with a yield each; false when the wait was cut
@@ -334,7 +334,7 @@ void RunControl::RunLoop() {
         TurnLoop();
         FinalRedraw();
         if (m_.StopRequest) menustop();
-        if (!ResetHold) break;
+        if (!m_.ResetHold) break;
         clean(m_);
         m_.NmiCommandEnabled = m_.IntCommandEnabled = false;
         CommandsChanged();
@@ -351,12 +351,12 @@ void RunControl::TurnLoop() {
     int countdown = BatchLength();
     double sliceStart = host_.MonotonicSeconds();
     for (;;) {
-        ExecuteInstruction(m_);
         if (m_.SimulationRate >= kRateExtremelyFast) {
-            // Fast rates: yield once per time slice; between two looks at the
-            // clock a batch of instructions costs a counter each.
+            // Fast rates: batches of instructions between two looks at the
+            // clock, and a yield once per time slice.
+            countdown -= ExecuteInstructions(m_, countdown);
             if (LeaveLoop()) return;
-            if (--countdown > 0) continue;
+            if (countdown > 0) continue;
             SyncCounterTotals(m_);
             if (InstructionLimitStop()) return;
             countdown = BatchLength();
@@ -364,6 +364,7 @@ void RunControl::TurnLoop() {
             host_.Yield();
             sliceStart = host_.MonotonicSeconds();
         } else {
+            ExecuteInstruction(m_);
             SyncCounterTotals(m_);
             if (InstructionLimitStop()) return;
             host_.Yield();

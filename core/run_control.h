@@ -83,7 +83,6 @@ class RunControl : public EndStageHandler {
 
     // Control flags.
     bool SimulationRunning = false;
-    bool ResetHold = false;
     bool ResetRequest = false;
     bool UltimateRefreshDue = false;
     int RunLoopActive = 0;

@@ -284,7 +284,7 @@ TEST_F(RunControlTest, ResetClearsCountersAndHolds500ms) {
     EXPECT_TRUE(m.ResetCommandEnabled);
     EXPECT_TRUE(m.NmiCommandEnabled);
     EXPECT_TRUE(rc.Step2Enabled);
-    EXPECT_FALSE(rc.ResetHold);
+    EXPECT_FALSE(m.ResetHold);
 }
 
 // clickreset while running fast: the loop leaves, resets and turns again.
@@ -304,7 +304,7 @@ TEST_F(RunControlTest, AutomaticResetThroughTheRunLoop) {
     EXPECT_TRUE(reset);
     EXPECT_FALSE(rc.SimulationRunning);
     EXPECT_FALSE(rc.ResetRequest);
-    EXPECT_FALSE(rc.ResetHold);
+    EXPECT_FALSE(m.ResetHold);
     EXPECT_EQ(host.longSleeps, std::vector<int>{500});
     EXPECT_LT(m.InstructionCount, 20);  // counted again from the reset
     EXPECT_EQ(rc.RunLoopActive, 0);

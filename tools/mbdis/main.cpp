@@ -9,6 +9,7 @@
 
 #include "core/numtext.h"
 #include "disasm/disassembler.h"
+#include "images/command_line_host.h"
 #include "images/program_image.h"
 
 namespace {
@@ -24,20 +25,6 @@ const char* kUsage =
     "  --unofficial    decode unofficial instructions\n"
     "  -o FILE         write the listing to FILE instead of standard output\n"
     "Exit status: 0 success, 2 bad usage or a file that can not be loaded.\n";
-
-// Messages of the loader go to standard error; questions are never asked here.
-class CommandLineHost : public mb::ImageHost {
-  public:
-    void ShowMessage(const std::string& text) override {
-        if (text.rfind("Operation completed.", 0) != 0) std::cerr << "mbdis: " << text << "\n";
-    }
-    std::string AskOpenFile(const std::string&, const std::string&, int&) override { return ""; }
-    std::string AskSaveFile(const std::string&, const std::string&, int&) override { return ""; }
-    bool AskYesNo(const std::string&) override { return false; }
-    std::optional<std::string> AskText(const std::string&, const std::string&) override {
-        return std::nullopt;
-    }
-};
 
 bool HexAddress(const std::string& text, int& out) {
     std::string t = text;
@@ -88,8 +75,11 @@ int main(int argc, char** argv) {
         std::cerr << "mbdis: cannot read " << input << "\n";
         return 2;
     }
-    CommandLineHost host;
-    if (!dis.LoadFile(input, offset, host)) return 2;
+    mb::CommandLineImageHost host;
+    if (!dis.LoadFile(input, offset, host)) {
+        std::cerr << "mbdis: " << host.LastMessage << "\n";
+        return 2;
+    }
 
     char pattern[] = "/tmp/mbdis-XXXXXX";
     const char* dir = mkdtemp(pattern);

@@ -6,23 +6,24 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "core/access.h"
+#include "core/console_host.h"
 #include "core/execute.h"
 #include "core/host.h"
 #include "core/machine.h"
 #include "core/numtext.h"
 #include "core/run_control.h"
 #include "core/simlog.h"
+#include "devices/console_stage.h"
+#include "images/command_line_host.h"
 #include "images/program_image.h"
 #include "settings/settings_store.h"
 
@@ -182,19 +183,6 @@ bool ParseOptions(int argc, char** argv, Options& o, bool& help) {
     return true;
 }
 
-// The loader's messages are kept for the error line; it asks nothing here.
-class LoaderHost : public mb::ImageHost {
-  public:
-    void ShowMessage(const std::string& text) override { last = text; }
-    std::string AskOpenFile(const std::string&, const std::string&, int&) override { return ""; }
-    std::string AskSaveFile(const std::string&, const std::string&, int&) override { return ""; }
-    bool AskYesNo(const std::string&) override { return false; }
-    std::optional<std::string> AskText(const std::string&, const std::string&) override {
-        return std::nullopt;
-    }
-    std::string last;
-};
-
 // Loads an .obj file at m.ObjOffset or an .hex file through the shared loader.
 bool LoadProgramFile(const std::string& path, mb::Machine& m, std::string& error) {
     std::error_code ec;
@@ -206,53 +194,15 @@ bool LoadProgramFile(const std::string& path, mb::Machine& m, std::string& error
         error = path + ": is not a program file";
         return false;
     }
-    LoaderHost host;
+    mb::CommandLineImageHost host;
     mb::MemorySettingsStore settings;
     mb::ProgramImages images(m, settings, host);
     if (images.LoadProgram(path)) return true;
-    std::string message = host.last;
+    std::string message = host.LastMessage;
     std::replace(message.begin(), message.end(), '\n', ' ');
     error = path + ": " + message;
     return false;
 }
-
-// The console as the host: no user interface to yield to, messages on stderr.
-class ConsoleHost : public mb::Host {
-  public:
-    void Yield() override {}
-    void Sleep5ms() override { std::this_thread::sleep_for(std::chrono::milliseconds(5)); }
-    void SleepMs(int ms) override { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
-    double SecondsSinceMidnight() override {
-        const mb::LocalDateTime t = Now();
-        const auto sub = std::chrono::duration_cast<std::chrono::milliseconds>(
-                             std::chrono::system_clock::now().time_since_epoch())
-                             .count() %
-                         1000;
-        return t.hour * 3600.0 + t.minute * 60.0 + t.second + sub / 1000.0;
-    }
-    double MonotonicSeconds() override {
-        return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
-            .count();
-    }
-    mb::LocalDateTime Now() override {
-        const std::time_t now = std::time(nullptr);
-        std::tm local{};
-        localtime_r(&now, &local);
-        return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
-                local.tm_hour,        local.tm_min,     local.tm_sec};
-    }
-    void RefreshViews(int) override {}
-    void SetUltimateTimer(int) override {}
-    int AskInValue(const std::string&, const std::string&) override { return 0; }
-    bool AskText(const std::string&, const std::string&, std::string& answer) override {
-        answer.assign(1, '8');  // no interrupt is pressed here; a valid answer to any question
-        return true;
-    }
-    void ShowMessage(const std::string& text) override { std::cerr << text << "\n"; }
-    void AppendLogViewer(const std::string&) override {}
-    void ClearLogViewer() override {}
-    void ShowFile(const std::string&) override {}
-};
 
 // The bound ports: a port terminal whose screen is stdout and whose keyboard
 // is stdin.
@@ -267,65 +217,6 @@ class ConsoleTerminal : public mb::TerminalDevice {
     }
     int interm_getbyte() override { return std::getchar() & 0xFF; }
     void outterm_addbyte(int value) override { std::putchar(value & 0xFF); }
-};
-
-// The command's own checks at the end of an instruction: the stop address and
-// the CP/M entry points. They run only when PC arrives on one of the addresses
-// they mark, so every other instruction pays one table test for them.
-class ConsoleChecks : public mb::DebugStage {
-  public:
-    ConsoleChecks(const Options& o, mb::Machine& m) : options_(o), m_(m) {
-        if (o.cpm) {
-            mb::MarkAddress(m, kWarmBoot, mb::kMarkHostChecks);
-            mb::MarkAddress(m, kBdosEntry, mb::kMarkHostChecks);
-        }
-        if (o.stopAt >= 0) mb::MarkAddress(m, o.stopAt, mb::kMarkHostChecks);
-    }
-
-    bool EveryInstruction() const override { return false; }
-    void Checks(mb::Machine& m) override {
-        if (options_.cpm) {
-            if (m.PC == kBdosEntry) ServeBdos(m);
-            if (m.PC == kWarmBoot) m.StopRequest = true;
-        }
-        if (m.PC == options_.stopAt) m.StopRequest = true;
-    }
-    // Start has just run clean: a CP/M program finds a stack below the BDOS
-    // whose top returns to the warm boot at 0000H.
-    void PrepareStart() override {
-        if (!options_.cpm) return;
-        m_.SP = 0xFE00;
-        mb::PushWord(m_, kWarmBoot);
-    }
-    void RunEnded() override {}
-    bool NextBasicAvailable() override { return false; }
-
-  private:
-    static constexpr int kWarmBoot = 0x0000;
-    static constexpr int kBdosEntry = 0x0005;
-
-    void ServeBdos(mb::Machine& m) {
-        switch (m.C) {
-            case 0: m.StopRequest = true; break;
-            case 2: std::putchar(m.E); break;
-            case 9:
-                for (int i = 0, a = mb::RegDE(m); i < 65536 && m.MemoryImage[a] != '$';
-                     ++i, a = (a + 1) & 0xFFFF) {
-                    std::putchar(m.MemoryImage[a]);
-                }
-                break;
-            default:
-                if (!warned_[m.C]) {
-                    std::cerr << "mbsim: BDOS function " << m.C << " is not served\n";
-                    warned_[m.C] = true;
-                }
-        }
-        m.PC = mb::PopWord(m);  // the RET of the BDOS entry
-    }
-
-    const Options& options_;
-    mb::Machine& m_;
-    bool warned_[256] = {};
 };
 
 std::string LowerExtension(const std::string& path) {
@@ -354,8 +245,8 @@ int main(int argc, char** argv) {
 
     mb::Machine m;
     m.ClockMHz = o.clock;
-    m.StartingAddress = o.cpm && !o.startGiven ? 0x0100 : o.start;
-    m.ObjOffset = o.cpm ? 0x0100 : o.offset;
+    m.StartingAddress = o.cpm && !o.startGiven ? mb::ConsoleStage::kProgramStart : o.start;
+    m.ObjOffset = o.cpm ? mb::ConsoleStage::kProgramStart : o.offset;
     m.FFPowerOnDefaults = o.ffOff ? "OFF" : "ON";
     m.UnofficialEnabled = o.unofficial ? 1 : 0;
     m.HaltStopsSimulation = 1;
@@ -363,12 +254,6 @@ int main(int argc, char** argv) {
 
     std::string error;
     if (!LoadProgramFile(o.program, m, error)) return Fail(error);
-    if (o.cpm) {
-        // Warm boot at 0000H; the BDOS entry at 0005H jumps to FE00H, the top
-        // of the program area that programs read from 0006H.
-        const int page0[] = {0xC3, 0x00, 0x00, 0x00, 0x00, 0xC3, 0x00, 0xFE};
-        std::copy(std::begin(page0), std::end(page0), m.MemoryImage.begin());
-    }
 
     mb::MemorySettingsStore settings;
     settings.SetSettingText(mb::kSettingRate, "6");
@@ -377,12 +262,14 @@ int main(int argc, char** argv) {
     settings.SetSettingInt(mb::kSettingIoLogging, o.ioLog ? 1 : 0);
     settings.SetSettingText(mb::kSettingLastPath, o.logDir);
 
-    ConsoleHost host;
+    mb::ConsoleHost host(std::cerr);
     ConsoleTerminal terminal;
     mb::AccessHooks hooks;
     mb::SimLog log;
     mb::RunControl rc(m, host, settings, hooks, log);
-    ConsoleChecks checks(o, m);
+    mb::ConsoleStage checks(
+        m, {o.cpm, o.stopAt}, [](int c) { std::putchar(c); },
+        [](const std::string& text) { std::cerr << "mbsim: " << text << "\n"; });
     if (o.cpm || o.stopAt >= 0) rc.Debug = &checks;
     rc.InstructionLimit = o.maxInstructions;
     if (o.outPort >= 0 || o.inPort >= 0) {

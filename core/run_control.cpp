@@ -49,8 +49,8 @@ void ReadStartupSettings(Machine& m, SettingsStore& s, const std::string& home) 
     s.GetSettingInt("Basic Program Tracking", 1);
     s.GetSettingInt("Basic Program Tracking Mode", 1);
     m.RelativeBranchHex = s.GetSettingInt("Display Relative Branch Hex Argument", 0) != 0;
-    m.ClockMHz = static_cast<float>(ClockFrequencyEntry(s.GetSettingText(kSettingClock, "4"))
-                                        .value_or(4.0));
+    m.ClockMHz =
+        static_cast<float>(ClockFrequencyEntry(s.GetSettingText(kSettingClock, "4")).value_or(4.0));
     // The starting address is kept as the four hexadecimal digits it was typed in.
     const long long start = HexEntryValue(s.GetSettingText(kSettingStartingAddress, "0"), 4);
     m.StartingAddress = start < 0 ? 0 : static_cast<int>(start);
@@ -135,8 +135,7 @@ void RunControl::DisableStepCommands() {
 }
 
 int RunControl::UltimateInterval() {
-    const int ms =
-        SettingInteger(settings_.GetSettingText(kSettingUltimateTimer, "500"));
+    const int ms = SettingInteger(settings_.GetSettingText(kSettingUltimateTimer, "500"));
     return std::clamp(ms, 1, 2000);
 }
 
@@ -238,8 +237,7 @@ void RunControl::Shutdown() {
     log_.IoStop();
     UpdateEndStageMask();
 
-    lastStatistics_ =
-        StatisticsText(m_.InstructionTotal, seconds, m_.ClockCycleTotal, m_.ClockMHz);
+    lastStatistics_ = StatisticsText(m_.InstructionTotal, seconds, m_.ClockCycleTotal, m_.ClockMHz);
     host_.ShowMessage(lastStatistics_);
     if (logged) host_.ShowFile(log_.LogPath());
     host_.SetUltimateTimer(0);

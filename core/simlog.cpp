@@ -62,7 +62,8 @@ std::string TimeText(const LocalDateTime& t) {
 
 std::string LogLineText(const Machine& m, int address, const std::string& instruction) {
     // The 32-bit count read as unsigned, so a long run never shows a minus sign.
-    std::string line = CountColumn(static_cast<unsigned>(m.InstructionCount)) + pb_hex4(address) + "  " + instruction;
+    std::string line = CountColumn(static_cast<unsigned>(m.InstructionCount)) + pb_hex4(address) +
+                       "  " + instruction;
     if (instruction.size() < 16) line.append(16 - instruction.size(), ' ');
     line += pb_hex2(m.A) + " ";
     line +=

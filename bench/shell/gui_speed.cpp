@@ -164,9 +164,10 @@ Figure RunInWindow(const Options& o, QTemporaryDir& dir) {
 }
 
 void Print(const char* where, const Figure& f) {
-    std::printf("%-9s %lld instructions in %.3f s: %.0f instructions per second (%.0f per CPU "
-                "second)\n",
-                where, f.instructions, f.seconds, f.PerSecond(), f.PerCpuSecond());
+    std::printf(
+        "%-9s %lld instructions in %.3f s: %.0f instructions per second (%.0f per CPU "
+        "second)\n",
+        where, f.instructions, f.seconds, f.PerSecond(), f.PerCpuSecond());
 }
 
 }  // namespace

@@ -370,10 +370,9 @@ TEST(StartupSettings, StoredValuesComeBackCheckedAtTheNextStart) {
         int startingAddress;
     };
     const Case cases[] = {
-        {"3.5", "0100", 3.5f, 0x100},  {"120", "FFFF", 120.0f, 0xFFFF},
-        {"nan", "0", 4.0f, 0},         {"-nan", "zz", 4.0f, 0},
-        {"inf", "10000", 4.0f, 0},     {"0x10", "1a", 4.0f, 0x1A},
-        {"0.001", "", 4.0f, 0},        {"1e300", "0010", 4.0f, 0x10},
+        {"3.5", "0100", 3.5f, 0x100}, {"120", "FFFF", 120.0f, 0xFFFF}, {"nan", "0", 4.0f, 0},
+        {"-nan", "zz", 4.0f, 0},      {"inf", "10000", 4.0f, 0},       {"0x10", "1a", 4.0f, 0x1A},
+        {"0.001", "", 4.0f, 0},       {"1e300", "0010", 4.0f, 0x10},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(std::string(c.clock) + " / " + c.start);

@@ -63,7 +63,7 @@ TEST(ConsoleStage, CpmProgramsAndTheirBdosCalls) {
          {0x0E, 0x09, 0x11, 0x10, 0x01, 0xCD, 0x05, 0x00,  // LD C,9; LD DE,0110H; CALL 5
           0x0E, 0x02, 0x1E, 0x21, 0xCD, 0x05, 0x00,        // LD C,2; LD E,'!'; CALL 5
           0xC9,                                            // RET
-          'H', 'i', '$', 'x'},
+          'H',  'i',  '$',  'x'},
          "Hi!",
          0x0000},
         {"BDOS 0 ends the program where it is",
@@ -92,9 +92,9 @@ TEST(ConsoleStage, CpmProgramsAndTheirBdosCalls) {
 
 TEST(ConsoleStage, UnservedFunctionWarnsOnceAndReturns) {
     // Twice LD C,20; CALL 5, then JP 0000H.
-    const RunResult run = RunProgram(
-        {0x0E, 20, 0xCD, 0x05, 0x00, 0x0E, 20, 0xCD, 0x05, 0x00, 0xC3, 0x00, 0x00}, {true, -1},
-        kRateUltimate);
+    const RunResult run =
+        RunProgram({0x0E, 20, 0xCD, 0x05, 0x00, 0x0E, 20, 0xCD, 0x05, 0x00, 0xC3, 0x00, 0x00},
+                   {true, -1}, kRateUltimate);
     EXPECT_EQ(run.warnings, std::vector<std::string>{"BDOS function 20 is not served"});
     EXPECT_EQ(run.pc, 0);
     EXPECT_EQ(run.instructions, 5);  // the BDOS entry itself runs no instruction
@@ -103,7 +103,8 @@ TEST(ConsoleStage, UnservedFunctionWarnsOnceAndReturns) {
 TEST(ConsoleStage, StopAddressEndsTheRunOnArrival) {
     // NOP x4 then an endless JR: the stop at 0003H comes after three instructions.
     for (int rate : {kRateFast, kRateUltimate}) {
-        const RunResult run = RunProgram({0x00, 0x00, 0x00, 0x00, 0x18, 0xFE}, {false, 0x0003}, rate);
+        const RunResult run =
+            RunProgram({0x00, 0x00, 0x00, 0x00, 0x18, 0xFE}, {false, 0x0003}, rate);
         EXPECT_EQ(run.pc, 3) << rate;
         EXPECT_EQ(run.instructions, 3) << rate;
     }
@@ -111,7 +112,8 @@ TEST(ConsoleStage, StopAddressEndsTheRunOnArrival) {
 
 TEST(ConsoleStage, MarksOnlyItsOwnAddresses) {
     auto m = std::make_unique<Machine>();
-    ConsoleStage stage(*m, {true, 0x1234}, [](int) {}, [](const std::string&) {});
+    ConsoleStage stage(
+        *m, {true, 0x1234}, [](int) {}, [](const std::string&) {});
     int marked = 0;
     for (int a = 0; a < kMemorySize; ++a) marked += m->AddressMarks[a] != 0;
     EXPECT_EQ(marked, 3);

@@ -122,8 +122,8 @@ TEST(ReadIntelHex, LineNumbersCountCollapsedLineEnds) {
         ScriptedImageHost host;
         HexBuffer buffer;
         ReadIntelHex(dir.Write("p.hex", text + "\n" + ok), buffer, host);
-        EXPECT_EQ(host.Last(), kHead + std::to_string(line) +
-                                   ": The record does not begin with ':' simbol.")
+        EXPECT_EQ(host.Last(),
+                  kHead + std::to_string(line) + ": The record does not begin with ':' simbol.")
             << ::testing::PrintToString(text);
     }
 }

@@ -27,9 +27,9 @@ TEST(MemorySettingsStore, TextReadsAtMost255Characters) {
 
 TEST(SettingNumber, LeadingDecimalNumberOrZero) {
     const std::pair<const char*, double> cases[] = {
-        {"4", 4.0},     {"0.5", 0.5}, {" 12abc", 12.0}, {"-3.25", -3.25}, {".5", 0.5},
-        {"1e3", 1000},  {"2e", 2.0},  {"abc", 0.0},     {"", 0.0},        {"nan", 0.0},
-        {"-nan", 0.0},  {"inf", 0.0}, {"0x10", 0.0},    {"+7", 7.0},      {"1.5.2", 1.5},
+        {"4", 4.0},    {"0.5", 0.5}, {" 12abc", 12.0}, {"-3.25", -3.25}, {".5", 0.5},
+        {"1e3", 1000}, {"2e", 2.0},  {"abc", 0.0},     {"", 0.0},        {"nan", 0.0},
+        {"-nan", 0.0}, {"inf", 0.0}, {"0x10", 0.0},    {"+7", 7.0},      {"1.5.2", 1.5},
     };
     for (const auto& [text, value] : cases) EXPECT_DOUBLE_EQ(SettingNumber(text), value) << text;
 }
@@ -45,8 +45,8 @@ TEST(SettingInteger, FractionDroppedAndRangeHeld) {
 
 TEST(ReadDecimal, OnlyAWholeDecimalNumber) {
     const std::pair<const char*, double> good[] = {
-        {"4", 4},         {" 3.5 ", 3.5}, {"0.01", 0.01}, {"-2", -2}, {"+2", 2},
-        {"1.", 1},        {".25", 0.25},  {"1e2", 100},   {"1E-2", 0.01},
+        {"4", 4},  {" 3.5 ", 3.5}, {"0.01", 0.01}, {"-2", -2},     {"+2", 2},
+        {"1.", 1}, {".25", 0.25},  {"1e2", 100},   {"1E-2", 0.01},
     };
     for (const auto& [text, value] : good) {
         ASSERT_TRUE(ReadDecimal(text).has_value()) << text;

@@ -1,0 +1,72 @@
+// Feeds the input, as the source file "prog.asm", to the assembler, with the
+// switches taken from its last byte; listing, object and HEX go to a scratch folder.
+#include <cstddef>
+#include <cstdint>
+
+#include "assembler/assembler.h"
+#include "fuzz_support.h"
+#include "settings/settings_store.h"
+
+using namespace mb;
+
+namespace {
+
+// Switch bits of the last input byte.
+enum : int {
+    kUnofficial = 1,
+    kNoPrecedence = 2,
+    kTrackedRun = 4,  // a run with progress that fills the address map
+    kNoHex = 8,
+    kFillFF = 16,
+    kObjStart100 = 32,
+    kObjCopy = 64,
+    kNoIncludes = 128,
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static fuzz::ScratchFolder scratch;
+    scratch.Empty();
+    fuzz::InputWithOptions input(data, size);
+    const int switches = input.Take();
+    scratch.Write("prog.asm", input.Payload());
+
+    MemorySettingsStore settings;
+    if (switches & kNoHex) settings.SetSettingText("Generate HEX File Also", "OFF");
+    if (switches & kFillFF) settings.SetSettingInt("OBJ File Fill Value", 0xFF);
+    if (switches & kObjStart100)
+        settings.SetSettingInt("Starting Address For OBJ Files Creation", 0x100);
+    // Each nesting level multiplies the lines of a file that includes itself by
+    // its number of includes, so one level is all an input of some kilobytes can take.
+    settings.SetSettingInt("Assembler Include Nesting Level Limit", switches & kNoIncludes ? 0 : 1);
+    AssemblerOptions options;
+    options.UnofficialInstructions = switches & kUnofficial;
+    options.NoOperatorPrecedence = switches & kNoPrecedence;
+    options.Tracking = switches & kTrackedRun;
+    options.GenerateObjCopy = switches & kObjCopy;
+
+    AssemblerHost host;
+    Assembler assembler(settings, host, options);
+    int status = switches & kTrackedRun ? 0 : kSilentAssembly;
+    const int errors = assembler.AssembleSource(scratch.Folder(), "prog.asm", status);
+    const AssemblySession& session = assembler.Session();
+    fuzz::Require(session.ErrorList.size() <= static_cast<size_t>(errors),
+                  "every listed error is counted");
+    if (errors > 0) assembler.FormatAssemblerErrors();
+
+    // Addresses never move between the passes: the bytes of a line fill exactly
+    // the room that pass 1 gave it, up to the next line in assembly order.
+    const int end = session.LineCount() + 1;
+    int steps = 0;
+    for (int i = 1; i >= 1 && i < end && ++steps < end; i = session.Lines[i].Next) {
+        const SourceLine& line = session.Lines[i];
+        const int next = line.Next;
+        if (line.ErrorSeverity != 0 || line.OpcodeText.empty() || next < 1 || next >= end) continue;
+        const int bytes = static_cast<int>(line.OpcodeText.size() + 1) / 3;
+        const int room = session.Lines[next].Address - line.Address;
+        fuzz::Require(room == bytes || session.Lines[next].Address == 65535,
+                      "a line's bytes fill the room pass 1 measured");
+    }
+    return 0;
+}

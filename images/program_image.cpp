@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <string_view>
 
 #include "core/numtext.h"
 #include "hex_writer.h"
@@ -24,9 +25,18 @@ bool ReadWholeFile(const std::string& path, std::string& data) {
     return true;
 }
 
-void ReplaceAll(std::string& s, const std::string& from, const std::string& to) {
-    for (size_t at = s.find(from); at != std::string::npos; at = s.find(from, at + to.size()))
-        s.replace(at, from.size(), to);
+// Every occurrence of from, left to right and not overlapping, replaced by to. The
+// text is built anew: replacing in place would move the tail at each hit, and a
+// file of many short lines would take time with the square of its length.
+std::string ReplaceAll(std::string_view s, std::string_view from, std::string_view to) {
+    std::string out;
+    out.reserve(s.size());
+    size_t start = 0;
+    for (size_t at = s.find(from); at != std::string_view::npos; at = s.find(from, start)) {
+        out.append(s.substr(start, at - start)).append(to);
+        start = at + from.size();
+    }
+    return out.append(s.substr(start));
 }
 
 std::string Upper(std::string s) {
@@ -46,10 +56,8 @@ std::string HexError(int line, const char* ending) {
 
 // Parses the records; returns the error text, or "" when the file is good.
 std::string ParseRecords(const std::string& text, HexBuffer& buffer, int& size) {
-    std::string t = text;
-    ReplaceAll(t, "\r", "\n");
-    ReplaceAll(t, "\n\n", "\n");
-    ReplaceAll(t, "\n\n", "\n");
+    const std::string t =
+        ReplaceAll(ReplaceAll(ReplaceAll(text, "\r", "\n"), "\n\n", "\n"), "\n\n", "\n");
     int linear = 0, segment = 0, number = 0;
     size_t start = 0;
     while (start <= t.size()) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "images/hex_writer.h"
 #include "test_image_host.h"
 
@@ -94,6 +96,48 @@ TEST(ReadIntelHex, LineEndsBlankAndCommentLines) {
         EXPECT_EQ(buffer.cells[0x32], 0x7A);
         EXPECT_EQ(buffer.lowestAddress, 0x30);
     }
+}
+
+TEST(ReadIntelHex, RunsOfLineEndsCollapseTwiceBeforeLinesAreCounted) {
+    // CR becomes LF, then doubled LFs collapse twice: four line ends make one, and
+    // longer runs leave empty lines that still count.
+    struct Case {
+        std::string between;
+        int line;
+    } cases[] = {
+        {"\n", 2},
+        {"\r\n", 2},
+        {"\r", 2},
+        {"\n\n\n", 2},
+        {"\r\n\r\n", 2},
+        {"\n\n\n\n\n", 3},
+        {std::string(8, '\n'), 3},
+        {std::string(9, '\r'), 4},
+    };
+    for (const auto& c : cases) {
+        TempFolder dir;
+        ScriptedImageHost host;
+        HexBuffer buffer;
+        ReadIntelHex(dir.Write("p.hex", ":0300300002337A1E" + c.between + "X\n"), buffer, host);
+        EXPECT_EQ(host.Last(),
+                  kHead + std::to_string(c.line) + ": The record does not begin with ':' simbol.")
+            << c.between.size() << " line ends";
+    }
+}
+
+TEST(ReadIntelHex, ManyShortLinesTakeTimeInProportion) {
+    // 4 MB of comment lines with CR LF ends: collapsing the line ends in place
+    // would move the rest of the text at every line, for minutes.
+    std::string text = ":0300300002337A1E\r\n";
+    for (int i = 0; i < 200000; ++i) text += ";comment\r\n\r\n";
+    text += ":00000001FF\r\n";
+    TempFolder dir;
+    ScriptedImageHost host;
+    HexBuffer buffer;
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(ReadIntelHex(dir.Write("p.hex", text), buffer, host), 0x33);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
+    EXPECT_TRUE(host.messages.empty());
 }
 
 TEST(ReadIntelHex, OnlyTheEndRecordHasNoData) {

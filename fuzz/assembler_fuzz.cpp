@@ -1,9 +1,11 @@
-// Feeds the input, as the source file "prog.asm", to the assembler, with the
-// switches taken from its last byte; listing, object and HEX go to a scratch folder.
+// Feeds the input, as the source file "prog.asm", to the assembler (switches from
+// its last byte; outputs in a scratch folder), to Format Code and to the colouring.
 #include <cstddef>
 #include <cstdint>
 
+#include "assembler/asm_highlight.h"
 #include "assembler/assembler.h"
+#include "assembler/format_code.h"
 #include "fuzz_support.h"
 #include "settings/settings_store.h"
 
@@ -22,6 +24,24 @@ enum : int {
     kObjCopy = 64,
     kNoIncludes = 128,
 };
+
+// The editor's colouring of every line: spans in order, inside the line.
+void CheckHighlighting(const std::string& text) {
+    size_t start = 0;
+    while (start <= text.size()) {
+        size_t end = text.find_first_of("\r\n", start);
+        if (end == std::string::npos) end = text.size();
+        const std::string_view line(text.data() + start, end - start);
+        int covered = 0;
+        for (const AsmSpan& span : HighlightAsmLine(line)) {
+            fuzz::Require(span.Start >= covered && span.Length > 0 &&
+                              span.Start + span.Length <= static_cast<int>(line.size()),
+                          "colour spans lie in order inside their line");
+            covered = span.Start + span.Length;
+        }
+        start = end + 1;
+    }
+}
 
 }  // namespace
 
@@ -68,5 +88,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         fuzz::Require(room == bytes || session.Lines[next].Address == 65535,
                       "a line's bytes fill the room pass 1 measured");
     }
+
+    const std::string text = input.Payload();
+    CheckHighlighting(text);
+    FormatCode(text, FormatCodeOptions{});
     return 0;
 }

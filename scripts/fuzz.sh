@@ -74,12 +74,15 @@ for name in "${targets[@]}"; do
   mkdir -p "$corpus" "$seeds" "$build/logs" "$build/findings" "$scratch"
   # shellcheck disable=SC2046
   cp $(seeds_of "$name") "$seeds/"
-  kept=fuzz/corpus/$name
-  [ -d "$kept" ] || kept=""
+  # New inputs go to the first folder; the seeds and the kept findings are read only.
+  folders=("$corpus" "$seeds")
+  [ -d "fuzz/corpus/$name" ] && folders+=("fuzz/corpus/$name")
+  dict=()
+  [ -f "fuzz/$name.dict" ] && dict=(-dict="fuzz/$name.dict")
   status=0
   TMPDIR=$scratch "$program" -max_total_time="$seconds" -timeout=10 \
     -max_len="$(max_len_of "$name")" -print_final_stats=1 \
-    -artifact_prefix="$build/findings/$name-" "$corpus" "$seeds" $kept >"$log" 2>&1 || status=$?
+    -artifact_prefix="$build/findings/$name-" "${dict[@]}" "${folders[@]}" >"$log" 2>&1 || status=$?
   rm -rf "$scratch"
   runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
   rate=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log")
@@ -89,8 +92,7 @@ for name in "${targets[@]}"; do
       "${rate:-?}" "$units"
   else
     echo "fuzz: $name FAILED (exit $status); full log in $log"
-    grep -E -A40 '^==[0-9]+==ERROR|runtime error|fuzz property failed|ALARM|out-of-memory' "$log" |
-      head -60 || tail -40 "$log"
+    tail -n 50 "$log"
     failed+=("$name")
   fi
 done

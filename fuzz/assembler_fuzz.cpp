@@ -1,7 +1,10 @@
 // Feeds the input, as the source file "prog.asm", to the assembler (switches from
-// its last byte; outputs in a scratch folder), to Format Code and to the colouring.
+// its last byte; outputs in a scratch folder), each line to the expression
+// evaluator, and the whole text to Format Code and to the line colouring.
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
+#include <vector>
 
 #include "assembler/asm_highlight.h"
 #include "assembler/assembler.h"
@@ -25,13 +28,39 @@ enum : int {
     kNoIncludes = 128,
 };
 
-// The editor's colouring of every line: spans in order, inside the line.
-void CheckHighlighting(const std::string& text) {
+std::vector<std::string_view> Lines(const std::string& text) {
+    std::vector<std::string_view> lines;
     size_t start = 0;
     while (start <= text.size()) {
         size_t end = text.find_first_of("\r\n", start);
         if (end == std::string::npos) end = text.size();
-        const std::string_view line(text.data() + start, end - start);
+        lines.emplace_back(text.data() + start, end - start);
+        start = end + 1;
+    }
+    return lines;
+}
+
+// Each line and each operand as an expression among the symbols of the run: the
+// short way for a lone label or number must give what the full evaluation gives.
+void CheckEvaluation(const std::vector<std::string_view>& lines, const AssemblySession& session,
+                     bool flat) {
+    ExpressionContext ctx;
+    ctx.symbols = &session.symbols;
+    ctx.programCounter = session.ProgramCounter;
+    ctx.noOperatorPrecedence = flat;
+    const auto check = [&](std::string_view text) {
+        fuzz::Require(EvaluateExpression(text, true, ctx) == EvaluateWithLog(text, ctx).value,
+                      "the short way of the evaluator agrees with the full one");
+    };
+    for (std::string_view line : lines) check(line);
+    for (const SourceLine& line : session.Lines)
+        for (const std::string* operand : {&line.Operand1, &line.Operand2, &line.Operand3})
+            if (!operand->empty()) check(*operand);
+}
+
+// The editor's colouring of every line: spans in order, inside the line.
+void CheckHighlighting(const std::vector<std::string_view>& lines) {
+    for (std::string_view line : lines) {
         int covered = 0;
         for (const AsmSpan& span : HighlightAsmLine(line)) {
             fuzz::Require(span.Start >= covered && span.Length > 0 &&
@@ -39,7 +68,6 @@ void CheckHighlighting(const std::string& text) {
                           "colour spans lie in order inside their line");
             covered = span.Start + span.Length;
         }
-        start = end + 1;
     }
 }
 
@@ -90,7 +118,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
 
     const std::string text = input.Payload();
-    CheckHighlighting(text);
+    const std::vector<std::string_view> lines = Lines(text);
+    CheckEvaluation(lines, session, options.NoOperatorPrecedence);
+    CheckHighlighting(lines);
     FormatCode(text, FormatCodeOptions{});
     return 0;
 }

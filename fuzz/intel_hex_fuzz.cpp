@@ -1,11 +1,13 @@
 // Feeds the input, as a ".hex" file, to Load Program (line-end normalising, the
-// Intel HEX reader, the copy into memory) and to Load Another Program File.
+// Intel HEX reader, the copy into memory), Load Another Program File and the
+// disassembler's loader, the last two at an offset of the input's length.
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 
 #include "core/machine.h"
 #include "core/numtext.h"
+#include "disasm/disassembler.h"
 #include "fuzz_support.h"
 #include "settings/settings_store.h"
 
@@ -28,9 +30,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             fuzz::Require(machine->MemoryImage[a] >= 0 && machine->MemoryImage[a] <= 255,
                           "memory holds bytes");
         // The same file once more on top, at an offset that depends on the input.
+        const int offset = static_cast<int>(size % kMemorySize);
         host.openPath = path;
-        host.textAnswer = pb_hex4(static_cast<long long>(size % kMemorySize));
+        host.textAnswer = pb_hex4(offset);
         images.menuload2();
+        static Disassembler dis;
+        dis.Clear();
+        if (dis.LoadFile(path, offset, host))
+            fuzz::Require(dis.Size() == loaded + offset, "the disassembler holds the file");
     }
     return 0;
 }

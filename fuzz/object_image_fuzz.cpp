@@ -1,11 +1,13 @@
-// Feeds the input, as an ".obj" file, to Load Program at an OBJ offset taken from
-// its last two bytes; memory saved as ".obj" and as ".hex" must load back the same.
+// Feeds the input, as an ".obj" file, to Load Program and the disassembler's loader
+// at an offset from its last two bytes; memory saved as ".obj" and as ".hex" must
+// load back the same.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 
 #include "core/machine.h"
+#include "disasm/disassembler.h"
 #include "fuzz_support.h"
 #include "settings/settings_store.h"
 
@@ -43,6 +45,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     MemorySettingsStore settings;
     fuzz::PresetImageHost host;
     ProgramImages images(*machine, settings, host);
+    static Disassembler dis;
+    dis.Clear();
+    if (dis.LoadFile(path, offset, host))
+        fuzz::Require(dis.Size() == offset + static_cast<int>(input.Payload().size()),
+                      "the disassembler holds the file");
     if (!images.LoadProgram(path)) return 0;
     fuzz::Require(images.LoadedSize() == static_cast<int>(input.Payload().size()),
                   "an object image loads whole");

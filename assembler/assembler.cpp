@@ -291,11 +291,10 @@ int Assembler::AssembleGeneratedSource(const std::string& folder, const std::str
 int Assembler::AppendFile(const std::string& path, int level, int includeIndex) {
     std::vector<std::string> text;
     ReadLines(path, text);
-    session_.Lines.reserve(session_.Lines.size() + text.size());
     if (!text.empty() && text.back().find(kBookmarksComment) != std::string::npos) text.pop_back();
     for (size_t k = 0; k < text.size(); ++k) {
         SourceLine line;
-        line.Text = text[k];
+        line.Text = std::move(text[k]);
         line.FileLine = static_cast<int>(k) + 1;
         line.Next = static_cast<int>(session_.Lines.size()) + 1;
         line.IncludeLevel = level;

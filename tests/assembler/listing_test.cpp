@@ -1,3 +1,5 @@
+#include <chrono>
+
 #include "test_support.h"
 
 namespace mb::testing {
@@ -91,6 +93,24 @@ TEST_F(Listing, IncludeNestingLimitStopsDeeperLevels) {
     Write("prog.asm", " INCLUDE \"lib.inc\"\n LD A,1\n");
     EXPECT_EQ(Assemble(), 0);
     EXPECT_EQ(Read("prog.obj"), std::string("\x00\x3E\x01", 3));
+}
+
+TEST_F(Listing, SelfIncludesGrowByLevelsInTimeInProportion) {
+    // Three includes of the file itself: each level triples the lines. Appending
+    // them must not copy all lines read so far at each include.
+    Write("prog.asm",
+          " INCLUDE \"prog.asm\"\n INCLUDE \"prog.asm\"\n INCLUDE \"prog.asm\"\n NOP\n");
+    struct Case {
+        int limit, lines, bytes;
+    } cases[] = {{0, 4, 1}, {1, 16, 4}, {4, 484, 121}, {8, 39364, 9841}};
+    const auto begin = std::chrono::steady_clock::now();
+    for (const auto& c : cases) {
+        settings.SetSettingInt("Assembler Include Nesting Level Limit", c.limit);
+        EXPECT_EQ(Assemble(), 0) << c.limit;
+        EXPECT_EQ(assembler->Session().LineCount(), c.lines) << c.limit;
+        EXPECT_EQ(Read("prog.obj"), std::string(static_cast<size_t>(c.bytes), '\0')) << c.limit;
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
 }
 
 TEST_F(Listing, IncludeOnTheLastLineAddsNothing) {

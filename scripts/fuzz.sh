@@ -83,10 +83,22 @@ for name in "${targets[@]}"; do
   TMPDIR=$scratch "$program" -max_total_time="$seconds" -timeout=10 \
     -max_len="$(max_len_of "$name")" -print_final_stats=1 \
     -artifact_prefix="$build/findings/$name-" "${dict[@]}" "${folders[@]}" >"$log" 2>&1 || status=$?
-  rm -rf "$scratch"
   runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
   rate=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log")
   units=$(find "$corpus" -type f | wc -l)
+  # Inputs that were replaced by smaller ones stay in the folder; once it holds
+  # far more than the fuzzer kept, it is merged down, so that loading stays short.
+  kept=$(grep -o 'corp: [0-9]*' "$log" | tail -n 1 | cut -d' ' -f2)
+  if [ "$status" -eq 0 ] && [ -n "$kept" ] && [ "$units" -gt $((2 * kept + 200)) ]; then
+    rm -rf "$corpus.merged"
+    mkdir -p "$corpus.merged"
+    if TMPDIR=$scratch "$program" -merge=1 -timeout=10 -max_len="$(max_len_of "$name")"       "$corpus.merged" "$corpus" >"$build/logs/$name.merge.log" 2>&1; then
+      rm -rf "$corpus"
+      mv "$corpus.merged" "$corpus"
+      units=$(find "$corpus" -type f | wc -l)
+    fi
+  fi
+  rm -rf "$scratch"
   if [ "$status" -eq 0 ]; then
     printf 'fuzz: %-18s %4ss  %9s runs  %6s/s  corpus %s\n' "$name" "$seconds" "${runs:-?}" \
       "${rate:-?}" "$units"

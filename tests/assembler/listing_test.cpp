@@ -1,4 +1,5 @@
 #include <chrono>
+#include <climits>
 
 #include "test_support.h"
 
@@ -173,6 +174,28 @@ TEST_F(Listing, FillValueAndObjectStartAddress) {
               ":100010000102FFFFFFFFFFFFFFFFFFFFFFFFFFFFEB\r\n"
               ":01003000FFD0\r\n"
               ":00000001FF\r\n");
+}
+
+TEST_F(Listing, ObjectStartOutsideMemoryWritesOnlyWhatLiesInside) {
+    // A start address from a hand-edited setting: the files hold the part of
+    // the image that lies between it and the end of the code.
+    Write("prog.asm", " ORG 10h\n DB 1,2\n");
+    const std::string fromZero = std::string(16, '\0') + "\x01\x02";
+    struct Case {
+        int start;
+        std::string obj, hex;
+    } cases[] = {
+        {-16, fromZero, ":020010000102EB\r\n:00000001FF\r\n"},
+        {INT_MIN, fromZero, ":020010000102EB\r\n:00000001FF\r\n"},
+        {0x11, "\x02", ":0100110002EC\r\n:00000001FF\r\n"},
+        {INT_MAX, "", ":00000001FF\r\n"},
+    };
+    for (const auto& c : cases) {
+        settings.SetSettingInt("Starting Address For OBJ Files Creation", c.start);
+        EXPECT_EQ(Assemble(), 0) << c.start;
+        EXPECT_EQ(Read("prog.obj"), c.obj) << c.start;
+        EXPECT_EQ(Read("prog.hex"), c.hex) << c.start;
+    }
 }
 
 TEST_F(Listing, GeneratedSourceWithErrorsLeavesNoOutput) {

@@ -159,5 +159,26 @@ TEST(WriteIntelHex, SkipsFullBlocksOfTheSkipValueOnly) {
               ":00000001FF\r\n");
 }
 
+TEST(WriteIntelHex, RangesReachingOutsideTheTableKeepToIt) {
+    std::vector<int> cells(20);
+    for (int a = 0; a < 20; ++a) cells[a] = a + 1;
+    struct Case {
+        int first, last;
+        std::string obj, hex;
+    } cases[] = {
+        {-4, 1, "\x01\x02", ":020000000102FB\r\n"},
+        {18, 40, "\x13\x14", ":020012001314C5\r\n"},
+        {25, 30, "", ""},
+        {-30, -10, "", ""},
+    };
+    TempFolder dir;
+    for (const auto& c : cases) {
+        const HexImageRange range{&cells, c.first, c.last};
+        EXPECT_EQ(IntelHexText(range, 0), c.hex + ":00000001FF\r\n") << c.first << ".." << c.last;
+        ASSERT_TRUE(WriteObjectFile((dir.path / "p.obj").string(), range));
+        EXPECT_EQ(dir.Read("p.obj"), c.obj) << c.first << ".." << c.last;
+    }
+}
+
 }  // namespace
 }  // namespace mb::testing

@@ -1,6 +1,5 @@
-// Feeds the input, as the source file "prog.asm", to the assembler (switches from
-// its last byte; outputs in a scratch folder), each line to the expression
-// evaluator, and the whole text to Format Code and to the line colouring.
+// Feeds the input, as "prog.asm" (switches in its last byte), to the assembler in a
+// scratch folder, each line and operand to the evaluator, all to Format Code and colouring.
 #include <cstddef>
 #include <cstdint>
 #include <string_view>

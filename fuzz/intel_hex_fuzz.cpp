@@ -1,6 +1,5 @@
-// Feeds the input, as a ".hex" file, to Load Program (line-end normalising, the
-// Intel HEX reader, the copy into memory), Load Another Program File and the
-// disassembler's loader, the last two at an offset of the input's length.
+// Feeds the input, as a ".hex" file, to Load Program (line ends, HEX reader, memory),
+// then to Load Another Program File and the disassembler's loader at an offset.
 #include <cstddef>
 #include <cstdint>
 #include <memory>

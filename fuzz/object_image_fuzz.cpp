@@ -1,6 +1,5 @@
-// Feeds the input, as an ".obj" file, to Load Program and the disassembler's loader
-// at an offset from its last two bytes; memory saved as ".obj" and as ".hex" must
-// load back the same.
+// Feeds the input, as an ".obj" file (offset in its last two bytes), to Load Program and
+// the disassembler's loader; memory saved as ".obj" and ".hex" must load back the same.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

@@ -50,7 +50,7 @@ seeds_of() {
 }
 max_len_of() {
   case $1 in
-    assembler_fuzz) echo 4096 ;;  # the expression log grows with the square of nesting
+    assembler_fuzz) echo 4096 ;;  # deeply nested expressions in longer sources run slowly
     *) echo 8192 ;;
   esac
 }
@@ -92,7 +92,8 @@ for name in "${targets[@]}"; do
   if [ "$status" -eq 0 ] && [ -n "$kept" ] && [ "$units" -gt $((2 * kept + 200)) ]; then
     rm -rf "$corpus.merged"
     mkdir -p "$corpus.merged"
-    if TMPDIR=$scratch "$program" -merge=1 -timeout=10 -max_len="$(max_len_of "$name")"       "$corpus.merged" "$corpus" >"$build/logs/$name.merge.log" 2>&1; then
+    if TMPDIR=$scratch "$program" -merge=1 -timeout=10 -max_len="$(max_len_of "$name")" \
+      "$corpus.merged" "$corpus" >"$build/logs/$name.merge.log" 2>&1; then
       rm -rf "$corpus"
       mv "$corpus.merged" "$corpus"
       units=$(find "$corpus" -type f | wc -l)

@@ -88,7 +88,7 @@ for name in "${targets[@]}"; do
   units=$(find "$corpus" -type f | wc -l)
   # Inputs that were replaced by smaller ones stay in the folder; once it holds
   # far more than the fuzzer kept, it is merged down, so that loading stays short.
-  kept=$(grep -o 'corp: [0-9]*' "$log" | tail -n 1 | cut -d' ' -f2)
+  kept=$(grep -o 'corp: [0-9]*' "$log" | tail -n 1 | cut -d' ' -f2 || true)
   if [ "$status" -eq 0 ] && [ -n "$kept" ] && [ "$units" -gt $((2 * kept + 200)) ]; then
     rm -rf "$corpus.merged"
     mkdir -p "$corpus.merged"

@@ -103,10 +103,10 @@ std::string RewriteDataList(const std::string& list) {
 }
 
 // "12Ch (300)" and "-C8h (-200)".
-std::string HexAndDecimal(int v) {
+std::string HexAndDecimal(long long v) {
     std::ostringstream o;
-    o << (v < 0 ? "-" : "") << std::uppercase << std::hex << std::abs(static_cast<long long>(v))
-      << "h (" << std::dec << v << ")";
+    o << (v < 0 ? "-" : "") << std::uppercase << std::hex << std::abs(v) << "h (" << std::dec << v
+      << ")";
     return o.str();
 }
 
@@ -131,6 +131,11 @@ ClassRule RuleOf(OperandClass c) {
 
 std::string Quoted(const std::string& s) {
     return "'" + s + "'";
+}
+
+std::string DsErrorText(const SourceLine& line) {
+    return "Invalid argument of the DS directive. " + Quoted(line.Operand1) +
+           " (0-FFFFh value expected)";
 }
 
 std::string WithArgs(std::string key) {
@@ -312,11 +317,10 @@ int Assembler::AssembleGeneratedSource(const std::string& folder, const std::str
 int Assembler::AppendFile(const std::string& path, int level, int includeIndex) {
     std::vector<std::string> text;
     ReadLines(path, text);
-    session_.Lines.reserve(session_.Lines.size() + text.size());
     if (!text.empty() && text.back().find(kBookmarksComment) != std::string::npos) text.pop_back();
     for (size_t k = 0; k < text.size(); ++k) {
         SourceLine line;
-        line.Text = text[k];
+        line.Text = std::move(text[k]);
         line.FileLine = static_cast<int>(k) + 1;
         line.Next = static_cast<int>(session_.Lines.size()) + 1;
         line.IncludeLevel = level;
@@ -481,6 +485,7 @@ void Assembler::Pass1Line(int index) {
     line.Operand3.clear();
     line.OpcodeText.clear();
     line.Address = session_.ProgramCounter;
+    line.ReservedBytes = 0;
 
     std::string t = CleanSourceLine(protection_.UnprotectLine(line.Text));
     std::string label;
@@ -624,11 +629,12 @@ void Assembler::MeasureStatement(SourceLine& line) {
         case Directive::Ds:
         case Directive::DsFill: {
             const int v = Evaluate(line.Operand1, false);
-            if (v != kExpressionError && v >= 0 && static_cast<long long>(pc) + v < 0x10000)
+            if (v != kExpressionError && v >= 0 && static_cast<long long>(pc) + v < 0x10000) {
                 pc += v;
-            else
-                MarkError(line, "Invalid argument of the DS directive. " + Quoted(line.Operand1) +
-                                    " (0-FFFFh value expected)");
+                line.ReservedBytes = v;
+            } else {
+                MarkError(line, DsErrorText(line));
+            }
             break;
         }
         case Directive::Include: {
@@ -691,6 +697,8 @@ void Assembler::Pass2Line(int index) {
 
 bool Assembler::CheckOperand(SourceLine& line, OperandClass cls, int& value,
                              const std::string& text) {
+    // Wide enough for an address far below the program counter.
+    long long v = value;
     if (cls == OperandClass::Relative) {
         std::string head = text.substr(0, text.find('+'));
         head = TrimText(head.substr(0, head.find('-')));
@@ -700,18 +708,19 @@ bool Assembler::CheckOperand(SourceLine& line, OperandClass cls, int& value,
         bool address = session_.symbols.FindLabel(head) != 0;
         for (const char* p : {"*+", "*-", "$+", "$-", "PC+", "PC-"})
             if (StartsWith(compact, p)) address = true;
-        if (address) value -= session_.ProgramCounter;
+        if (address) v -= session_.ProgramCounter;
     }
     const ClassRule rule = RuleOf(cls);
-    bool ok = value >= rule.min && value <= rule.max;
-    if (cls == OperandClass::Restart) ok = ok && value % 8 == 0;
+    bool ok = v >= rule.min && v <= rule.max;
+    if (cls == OperandClass::Restart) ok = ok && v % 8 == 0;
     if (!ok) {
         const std::string shown =
-            cls == OperandClass::Relative ? std::to_string(value) : HexAndDecimal(value);
+            cls == OperandClass::Relative ? std::to_string(v) : HexAndDecimal(v);
         MarkError(line, "Invalid argument of the instruction. " + Quoted(shown) + rule.words);
         value = 0;
         return false;
     }
+    value = static_cast<int>(v);
     switch (cls) {
         case OperandClass::Byte:
         case OperandClass::Displacement:
@@ -758,6 +767,12 @@ void Assembler::EncodeStatement(SourceLine& line, const int values[3]) {
         case Directive::Dw: EncodeData(line, true); return;
         case Directive::Ds:
         case Directive::DsFill: {
+            // A symbol that got its value only in pass 2 can change the count; the
+            // bytes must fill what pass 1 reserved, no more and no less.
+            if (values[0] != line.ReservedBytes) {
+                MarkError(line, DsErrorText(line));
+                return;
+            }
             int fill = 0;
             if (e->directive == Directive::DsFill) {
                 fill = values[1];

@@ -25,6 +25,7 @@ struct SourceLine {
     std::string ErrorText;
     int ErrorSeverity = 0;  // 0 none, 1 line error, 2 size error
     int Address = 0;
+    int ReservedBytes = 0;  // what a DS statement reserved in pass 1
     std::string StatementKey;
     std::string Operand1, Operand2, Operand3;
     std::string OpcodeText;  // "3E 05": upper-case pairs separated by blanks

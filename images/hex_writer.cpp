@@ -16,15 +16,29 @@ std::string ChecksumText(std::string_view pairs) {
     return pb_hex2(256 - sum % 256);
 }
 
-bool WriteObjectFile(const std::string& path, const HexImageRange& range) {
+namespace {
+
+// The part of a range that lies inside its table of cells.
+HexImageRange InsideTable(HexImageRange range) {
+    const int size = range.cells ? static_cast<int>(range.cells->size()) : 0;
+    range.first = std::max(range.first, 0);
+    range.last = std::min(range.last, size - 1);
+    return range;
+}
+
+}  // namespace
+
+bool WriteObjectFile(const std::string& path, const HexImageRange& wanted) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     if (!out) return false;
+    const HexImageRange range = InsideTable(wanted);
     for (int a = range.first; a <= range.last; ++a)
         out.put(static_cast<char>((*range.cells)[a] & 0xFF));
     return static_cast<bool>(out);
 }
 
-std::string IntelHexText(const HexImageRange& range, int skipValue) {
+std::string IntelHexText(const HexImageRange& wanted, int skipValue) {
+    const HexImageRange range = InsideTable(wanted);
     std::string out;
     for (int block = range.first; block <= range.last; block += 16) {
         const int length = std::min(16, range.last - block + 1);

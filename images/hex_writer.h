@@ -12,7 +12,8 @@ namespace mb {
 // 256, as two upper-case digits (a sum of 0 gives "00").
 std::string ChecksumText(std::string_view pairs);
 
-// Cells first..last (inclusive) of a table of byte cells. last < first is empty.
+// Cells first..last (inclusive) of a table of byte cells. last < first is empty;
+// the writers leave out whatever part of a range lies outside the table.
 struct HexImageRange {
     const std::vector<int>* cells = nullptr;
     int first = 0;

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <string_view>
 
 #include "core/numtext.h"
 #include "hex_writer.h"
@@ -24,28 +25,18 @@ bool ReadWholeFile(const std::string& path, std::string& data) {
     return true;
 }
 
-// The reader's line ends, in one pass: every CR counts as LF, and each run of k
-// line ends becomes ceil(ceil(k/2)/2), which is what halving doubled line ends
-// twice over leaves (each halving pairs them off from the left). The line
-// numbers of the messages count the lines that remain.
-std::string CollapseLineEnds(const std::string& text) {
-    std::string t;
-    t.reserve(text.size());
-    size_t run = 0;
-    auto flush = [&] {
-        t.append(((run + 1) / 2 + 1) / 2, '\n');
-        run = 0;
-    };
-    for (char c : text) {
-        if (c == '\r' || c == '\n') {
-            ++run;
-            continue;
-        }
-        if (run) flush();
-        t += c;
+// Every occurrence of from, left to right and not overlapping, replaced by to. The
+// text is built anew: replacing in place would move the tail at each hit, and a
+// file of many short lines would take time with the square of its length.
+std::string ReplaceAll(std::string_view s, std::string_view from, std::string_view to) {
+    std::string out;
+    out.reserve(s.size());
+    size_t start = 0;
+    for (size_t at = s.find(from); at != std::string_view::npos; at = s.find(from, start)) {
+        out.append(s.substr(start, at - start)).append(to);
+        start = at + from.size();
     }
-    if (run) flush();
-    return t;
+    return out.append(s.substr(start));
 }
 
 std::string Upper(std::string s) {
@@ -65,7 +56,8 @@ std::string HexError(int line, const char* ending) {
 
 // Parses the records; returns the error text, or "" when the file is good.
 std::string ParseRecords(const std::string& text, HexBuffer& buffer, int& size) {
-    const std::string t = CollapseLineEnds(text);
+    const std::string t =
+        ReplaceAll(ReplaceAll(ReplaceAll(text, "\r", "\n"), "\n\n", "\n"), "\n\n", "\n");
     int linear = 0, segment = 0, number = 0;
     size_t start = 0;
     while (start <= t.size()) {

@@ -6,8 +6,9 @@ set -euo pipefail
 packages=(cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev
           qt6-base-dev libqscintilla2-qt6-dev libgl-dev dbus)
 if [ "${1:-build}" = test ]; then
-  # Reference tools the tests compare against, and a display for GUI tests.
-  packages+=(pasmo z80dasm srecord xvfb xauth)
+  # Reference tools the tests compare against, a display for GUI tests, and
+  # clang with its libFuzzer runtime for the fuzz targets.
+  packages+=(pasmo z80dasm srecord xvfb xauth clang libclang-rt-dev)
 fi
 
 missing=()

@@ -51,6 +51,12 @@ TEST_F(Encoding, StatementsToBytesOrMessages) {
         {" JP (HL)", "E9"},
         {" DJNZ $+0", "10 FE"},
         {" JR $", "Invalid argument of the instruction. '256' (-126-129 value expected)"},
+        // An address at the bottom of the 32-bit range lies further below the
+        // program counter than an int can say.
+        {" JR $-2147483648-$",
+         "Invalid argument of the instruction. '-2147483904' (-126-129 value expected)"},
+        {" DJNZ $+2147483646-$",
+         "Invalid argument of the instruction. '2147483390' (-126-129 value expected)"},
         {" SUB A,B", "Unrecognized instruction/syntax. 'SUB A,B'"},
         {" LD B,C,D", "Unrecognized instruction/syntax. 'LD B,C,D'"},
         {" FOO 1", "Unrecognized instruction/syntax. 'FOO <arg>'"},
@@ -480,6 +486,34 @@ TEST_F(Encoding, ForwardEquIsKnownOnlyFromItsLineOn) {
     EXPECT_EQ(Assemble(), 1);
     EXPECT_EQ(LineAt(1).ErrorText, "Invalid argument of the instruction. 'LATER'");
     EXPECT_EQ(LineAt(4).OpcodeText, "3E 03");
+}
+
+TEST_F(Encoding, DsKeepsTheCountOfPassOne) {
+    // X takes its value from a later label only in pass 2, so the count of a DS on
+    // X can differ between the passes; the bytes may only fill what pass 1 reserved.
+    struct Case {
+        const char* ds;
+        const char* want;
+        int next;  // address of the line behind the DS
+    } cases[] = {
+        {" DS N,0AAh", "AA AA AA", 3},
+        {" DS X&0FFh,0AAh",
+         "Invalid argument of the DS directive. 'X&0FFh' (0-FFFFh value expected)", 255},
+        {" DS 0FFh-(X&0FFh)",
+         "Invalid argument of the DS directive. '0FFh-(X&0FFh)' (0-FFFFh value expected)", 0},
+        // Last: a count of two thousand million in pass 2 would take all memory.
+        {" DS 2147483652-X",
+         "Invalid argument of the DS directive. '2147483652-X' (0-FFFFh value expected)", 5},
+    };
+    for (const auto& c : cases) {
+        Write("prog.asm",
+              std::string("X EQU FWD\nN EQU 3\n") + c.ds + "\n NOP\n ORG 300h\nFWD: NOP\n");
+        Assemble();
+        EXPECT_EQ(LineAt(3).ErrorText.empty() ? LineAt(3).OpcodeText : LineAt(3).ErrorText, c.want)
+            << c.ds;
+        EXPECT_EQ(LineAt(4).Address, c.next) << c.ds;
+        EXPECT_EQ(LineAt(4).OpcodeText, "00") << c.ds;
+    }
 }
 
 TEST_F(Encoding, EndDoesNotStopAssembly) {

@@ -1,3 +1,5 @@
+#include <climits>
+
 #include "test_support.h"
 
 namespace mb::testing {
@@ -93,6 +95,22 @@ TEST_F(Listing, IncludeNestingLimitStopsDeeperLevels) {
     EXPECT_EQ(Read("prog.obj"), std::string("\x00\x3E\x01", 3));
 }
 
+TEST_F(Listing, SelfIncludesGrowByLevelsInTimeInProportion) {
+    // Three includes of the file itself: each level triples the lines. Appending
+    // them must not copy all lines read so far at each include.
+    Write("prog.asm",
+          " INCLUDE \"prog.asm\"\n INCLUDE \"prog.asm\"\n INCLUDE \"prog.asm\"\n NOP\n");
+    struct Case {
+        int limit, lines, bytes;
+    } cases[] = {{0, 4, 1}, {1, 16, 4}, {4, 484, 121}, {8, 39364, 9841}};
+    for (const auto& c : cases) {
+        settings.SetSettingInt("Assembler Include Nesting Level Limit", c.limit);
+        EXPECT_EQ(Assemble(), 0) << c.limit;
+        EXPECT_EQ(assembler->Session().LineCount(), c.lines) << c.limit;
+        EXPECT_EQ(Read("prog.obj"), std::string(static_cast<size_t>(c.bytes), '\0')) << c.limit;
+    }
+}
+
 TEST_F(Listing, IncludeOnTheLastLineAddsNothing) {
     Write("lib.inc", " NOP\n");
     Write("prog.asm", " HALT\n INCLUDE \"lib.inc\"\n");
@@ -184,6 +202,28 @@ TEST_F(Listing, FillValueAndObjectStartAddress) {
               ":100010000102FFFFFFFFFFFFFFFFFFFFFFFFFFFFEB\r\n"
               ":01003000FFD0\r\n"
               ":00000001FF\r\n");
+}
+
+TEST_F(Listing, ObjectStartOutsideMemoryWritesOnlyWhatLiesInside) {
+    // A start address from a hand-edited setting: the files hold the part of
+    // the image that lies between it and the end of the code.
+    Write("prog.asm", " ORG 10h\n DB 1,2\n");
+    const std::string fromZero = std::string(16, '\0') + "\x01\x02";
+    struct Case {
+        int start;
+        std::string obj, hex;
+    } cases[] = {
+        {-16, fromZero, ":020010000102EB\r\n:00000001FF\r\n"},
+        {INT_MIN, fromZero, ":020010000102EB\r\n:00000001FF\r\n"},
+        {0x11, "\x02", ":0100110002EC\r\n:00000001FF\r\n"},
+        {INT_MAX, "", ":00000001FF\r\n"},
+    };
+    for (const auto& c : cases) {
+        settings.SetSettingInt("Starting Address For OBJ Files Creation", c.start);
+        EXPECT_EQ(Assemble(), 0) << c.start;
+        EXPECT_EQ(Read("prog.obj"), c.obj) << c.start;
+        EXPECT_EQ(Read("prog.hex"), c.hex) << c.start;
+    }
 }
 
 TEST_F(Listing, GeneratedSourceWithErrorsLeavesNoOutput) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+
 #include "images/hex_writer.h"
 #include "test_image_host.h"
 
@@ -161,6 +162,27 @@ TEST(WriteIntelHex, SkipsFullBlocksOfTheSkipValueOnly) {
               ":1000000001010101010101010101010101010101E0\r\n"
               ":09002000000000000000000005D2\r\n"
               ":00000001FF\r\n");
+}
+
+TEST(WriteIntelHex, RangesReachingOutsideTheTableKeepToIt) {
+    std::vector<int> cells(20);
+    for (int a = 0; a < 20; ++a) cells[a] = a + 1;
+    struct Case {
+        int first, last;
+        std::string obj, hex;
+    } cases[] = {
+        {-4, 1, "\x01\x02", ":020000000102FB\r\n"},
+        {18, 40, "\x13\x14", ":020012001314C5\r\n"},
+        {25, 30, "", ""},
+        {-30, -10, "", ""},
+    };
+    TempFolder dir;
+    for (const auto& c : cases) {
+        const HexImageRange range{&cells, c.first, c.last};
+        EXPECT_EQ(IntelHexText(range, 0), c.hex + ":00000001FF\r\n") << c.first << ".." << c.last;
+        ASSERT_TRUE(WriteObjectFile((dir.path / "p.obj").string(), range));
+        EXPECT_EQ(dir.Read("p.obj"), c.obj) << c.first << ".." << c.last;
+    }
 }
 
 }  // namespace

@@ -65,11 +65,11 @@ class ScratchFolder {
 class PresetImageHost : public ImageHost {
   public:
     void ShowMessage(const std::string& text) override { lastMessage = text; }
-    std::string AskOpenFile(const std::string&, int& filterIndex) override {
+    std::string AskOpenFile(const std::string&, const std::string&, int& filterIndex) override {
         filterIndex = filter;
         return openPath;
     }
-    std::string AskSaveFile(const std::string&, int& filterIndex) override {
+    std::string AskSaveFile(const std::string&, const std::string&, int& filterIndex) override {
         filterIndex = filter;
         return savePath;
     }

@@ -1,0 +1,107 @@
+// Assembles a source with our assembler, loads the object image and runs it on
+// our core at the Ultimate rate until HALT (or an instruction limit), keeping
+// what the program wrote to the ports. Shared by the runtime library's and the
+// compiler's end-to-end tests.
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "assembler/assembler.h"
+#include "core/access.h"
+#include "core/console_host.h"
+#include "core/machine.h"
+#include "core/run_control.h"
+#include "core/simlog.h"
+#include "images/command_line_host.h"
+#include "images/program_image.h"
+#include "settings/settings_store.h"
+
+namespace mb::testing {
+
+// Collects every OUT to the bound port; offers no input.
+class CollectingTerminal : public TerminalDevice {
+  public:
+    bool interm_notempty() override { return false; }
+    int interm_getbyte() override { return 0; }
+    void outterm_addbyte(int value) override { Text.push_back(static_cast<char>(value & 0xFF)); }
+    std::string Text;
+};
+
+class Z80Run {
+  public:
+    Z80Run() : m_(std::make_unique<Machine>()) {}
+
+    // Assembles folder/name silently; the error count (0 on success). The
+    // assembler's error text is kept in AssemblerErrors.
+    int Assemble(const std::string& folder, const std::string& name) {
+        MemorySettingsStore settings;
+        AssemblerHost host;
+        Assembler assembler(settings, host);
+        int status = kSilentAssembly;
+        std::string dir = folder;
+        if (!dir.empty() && dir.back() != '/') dir += '/';
+        const int errors = assembler.AssembleSource(dir, name, status);
+        AssemblerErrors = errors ? assembler.FormatAssemblerErrors() : "";
+        return errors;
+    }
+
+    // Writes text as folder/name (CR LF as given) and assembles it.
+    int AssembleText(const std::string& folder, const std::string& name, const std::string& text) {
+        std::ofstream(folder + "/" + name, std::ios::binary) << text;
+        return Assemble(folder, name);
+    }
+
+    // Loads an .obj or .hex image; false with LoadMessage set when that fails.
+    bool Load(const std::string& path) {
+        CommandLineImageHost host;
+        MemorySettingsStore settings;
+        ProgramImages images(*m_, settings, host);
+        const bool ok = images.LoadProgram(path);
+        LoadMessage = host.LastMessage;
+        return ok;
+    }
+
+    // Runs from address 0 until HALT or limit instructions; true when it halted.
+    // Whatever the program wrote to outPort is in Output afterwards.
+    bool Run(int outPort = 1, int limit = 50'000'000) {
+        Machine& m = *m_;
+        m.StartingAddress = 0;
+        m.HaltStopsSimulation = 1;
+        m.InfiniteLoopStopsSimulation = 1;
+        MemorySettingsStore settings;
+        settings.SetSettingText(kSettingRate, "6");
+        settings.SetSettingInt(kSettingPromptBeforeIn, 0);
+        settings.SetSettingInt(kSettingLogging, 0);
+        settings.SetSettingInt(kSettingIoLogging, 0);
+        std::ostringstream messages;
+        ConsoleHost host(messages);
+        CollectingTerminal terminal;
+        AccessHooks hooks;
+        SimLog log;
+        RunControl rc(m, host, settings, hooks, log);
+        rc.InstructionLimit = limit;
+        hooks.PortTerminal = {true, outPort, -1, 0, -1, -1, 0, 0, 0, &terminal};
+        rc.LoadSettings();
+        rc.menustart();
+        Output = terminal.Text;
+        return !rc.InstructionLimitReached && m.HaltState;
+    }
+
+    Machine& M() { return *m_; }
+    int Byte(int address) const { return m_->MemoryImage[address & 0xFFFF] & 0xFF; }
+    int Word(int address) const { return Byte(address) | Byte(address + 1) << 8; }
+    long long Long(int address) const {
+        return static_cast<long long>(Word(address)) | static_cast<long long>(Word(address + 2)) << 16;
+    }
+
+    std::string Output, AssemblerErrors, LoadMessage;
+
+  private:
+    std::unique_ptr<Machine> m_;
+};
+
+}  // namespace mb::testing

@@ -827,4 +827,14 @@ std::string Assembler::FormatAssemblerErrors() const {
     return out;
 }
 
+std::string DiagnosticLines(const AssemblySession& session, const std::string& sourcePath) {
+    std::string text;
+    for (const AssemblerError& e : session.ErrorList) {
+        const std::size_t at = e.Text.find("Error: ");
+        text += (e.File.empty() ? sourcePath : e.File) + ":" + std::to_string(e.FileLine) +
+                ": error: " + (at == std::string::npos ? e.Text : e.Text.substr(at + 7)) + "\n";
+    }
+    return text;
+}
+
 }  // namespace mb

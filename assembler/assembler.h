@@ -112,6 +112,10 @@ constexpr int kSilentAssembly = 1000;
 // breaks. The outside assembler's failure box uses it too.
 std::string AssemblyFailureText(int errorCount);
 
+// The errors of a session as "file:line: error: text" lines, each ended by a
+// line feed; sourcePath names the main file.
+std::string DiagnosticLines(const AssemblySession& session, const std::string& sourcePath);
+
 class Assembler {
   public:
     Assembler(SettingsStore& settings, AssemblerHost& host, AssemblerOptions options = {});

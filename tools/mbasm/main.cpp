@@ -140,14 +140,7 @@ int main(int argc, char** argv) {
     const int errors = assembler.AssembleSource(folder, file, status);
     if (errors == 0) return 0;
 
-    const mb::AssemblySession& s = assembler.Session();
-    for (const mb::AssemblerError& e : s.ErrorList) {
-        const std::string& errorText = e.Text;
-        const size_t at = errorText.find("Error: ");
-        std::cerr << (e.File.empty() ? source : e.File) << ":" << e.FileLine
-                  << ": error: " << (at == std::string::npos ? errorText : errorText.substr(at + 7))
-                  << "\n";
-    }
+    std::cerr << mb::DiagnosticLines(assembler.Session(), source);
     if (verbose) std::cerr << assembler.FormatAssemblerErrors();
     std::cerr << "mbasm: " << errors << " error" << (errors == 1 ? "" : "s") << "\n";
     assembler.DeleteOutputs(folder, base);

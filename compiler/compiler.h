@@ -1,0 +1,246 @@
+// The BASIC compiler: the text of a .bas program to one Z80 assembler source,
+// <name>.asm beside it, in two complete runs over the text. The first run
+// learns which variables, routines and runtime groups are used; the second
+// lays the variables out and writes the output.
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "assembler/source_text.h"
+#include "compiler/compiler_state.h"
+#include "compiler/type_codes.h"
+
+namespace mb {
+
+class SettingsStore;
+
+// Where a compile reports. Every method may do nothing, so that the compiler
+// runs without any window.
+class CompileSink {
+  public:
+    virtual ~CompileSink() = default;
+    // A compile error, with its location prefix; the compile has ended.
+    virtual void showError(const std::string& /*text*/) {}
+    // A progress text between stages ("Compiling in progress...   5%").
+    virtual void setProgressText(const std::string& /*text*/) {}
+    // A plain note, such as the execution time.
+    virtual void showMessage(const std::string& /*text*/) {}
+    // The error lies in an included file: the editor may open it at that line.
+    virtual void openIncludeAt(const std::string& /*file*/, int /*line*/) {}
+};
+
+// Settings keys of the compiler's options.
+inline constexpr const char* kKeyShowWarnings = "Show Warnings";
+inline constexpr const char* kKeyDoNotCompileUnused = "Do Not Compile Unused";
+inline constexpr const char* kKeyInitializeVariables = "Initialize Variables";
+inline constexpr const char* kKeyOptimizeVariables = "Optimize Variables";
+inline constexpr const char* kKeyDynamicTemps = "Dynamic Temporary Variables Management";
+inline constexpr const char* kKeyTasmListing = "TASM Compatible Listing";
+inline constexpr const char* kKeyShowProgress = "Show Compile Progress";
+inline constexpr const char* kKeySelectAsm = "Automatically Select Compiled ASM File";
+inline constexpr const char* kKeyAssistant = "Assistant";
+inline constexpr const char* kKeyExecutionTimePopup = "Execution Time Popup - Compiler";
+inline constexpr const char* kKeyDebugComments = "Print Debug Comment Lines in Compiler Listing";
+inline constexpr const char* kKeyMultipleAssignment =
+    "Complex Expressions - Allow Multiple Assignment Operators";
+inline constexpr const char* kKeyPostIncrementTemp =
+    "Complex Expressions - Post-increment Returns Temp Var";
+inline constexpr const char* kKeyAsciiPrintTemp =
+    "Complex Expressions - Ascii Print # Returns String Temp Var";
+inline constexpr const char* kKeyResultAsTemp = "Complex Expressions - Use Result As Temp Var";
+inline constexpr const char* kKeyByteMathTemps =
+    "Complex Expressions - Allow 1-Byte Math Temp Results";
+inline constexpr const char* kKeyOptimizeStringTemps =
+    "Complex Expressions - Optimize String Temp Vars";
+inline constexpr const char* kKeyArbitraryFunctionName =
+    "Complex Expressions - Allow Arbitrary Use of User Function Name";
+
+// Options of the BASIC window, read when the window starts and written at each
+// change, and the developer switches.
+struct CompilerOptions {
+    bool showWarnings = true;
+    bool doNotCompileUnused = false;
+    bool initializeVariables = false;
+    bool optimizeVariables = true;
+    bool dynamicTemps = false;
+    bool tasmListing = false;
+    bool showProgress = true;
+    // Developer switches.
+    bool generateDebugFiles = false;   // "Generate Compiler Debug Txt Files"
+    bool disableLineCrypting = false;  // "Disable Lines Crypting in Compiler Listing"
+    // The simulator's clock, for the header line.
+    double clockMHz = 4.0;
+};
+
+CompilerOptions ReadCompilerOptions(SettingsStore& settings);
+
+// Options read from the store at the start of each run.
+struct RunOptions {
+    bool debugComments = false;
+    bool multipleAssignment = false;
+    bool postIncrementTemp = true;
+    bool asciiPrintTemp = true;
+    bool resultAsTemp = false;
+    bool byteMathTemps = true;
+    bool optimizeStringTemps = true;
+    bool arbitraryFunctionName = false;
+};
+
+// A statement cut into tokens: [0] is empty, [1] the first word; tokens past
+// the last read as empty up to index kMaxTokens.
+inline constexpr int kMaxTokens = 300;
+using Tokens = std::vector<std::string>;
+// False when the text has more than kMaxTokens tokens.
+bool statementTokens(std::string_view text, Tokens& tokens);
+// The trimmed text of the tokens from k on.
+std::string restOfTokens(const Tokens& tokens, int k);
+// Cuts the first argument of a comma list off text and returns it trimmed;
+// commas inside double quotes or parentheses do not cut.
+std::string nextArgument(std::string& text);
+int countOccurrences(std::string_view text, std::string_view part);
+// A Dim line "Dim list As Type" with a known type: its name list and type name.
+bool dimParts(const std::string& text, std::string& list, std::string& typeName);
+// A list cut at ", ".
+std::vector<std::string> splitList(const std::string& list);
+// The element count of "name(n)", or -1.
+int arrayCount(const std::string& name);
+// A generated line with ",low"/",high" operands as the TASM assembler wants them.
+std::string tasmRewrite(const std::string& line);
+// Source text as the user reads it: a two-byte UTF-8 sequence stays one
+// character, any other byte above 127 stands for itself.
+std::string decodeSourceText(std::string_view text);
+
+class Compiler {
+  public:
+    Compiler(SettingsStore& settings, CompileSink& sink, CompilerOptions options = {});
+
+    // Compiles editorText, whose file is path (".bas" is dropped from it), into
+    // the .asm beside it. Returns the error line, 0 on success; resultMessage
+    // gets the success text.
+    int compile(const std::string& path, const std::string& editorText, std::string& resultMessage);
+
+    const CompilerState& state() const { return st_; }
+    CompilerOptions& options() { return options_; }
+    // The .asm written by the last successful compile.
+    const std::string& outputPath() const { return outputPath_; }
+
+    static std::string successText(int lineCount, const std::string& folder,
+                                   const std::string& name);
+    static std::string headerClockText(double mhz);
+
+    // --- Used by the stages and by the statement compilers. ---
+    bool fail(const std::string& message);
+    std::string errorPrefix() const;
+    void reportWarning(const std::string& text);
+    // "Line n: " + text, the form of every warning.
+    void warnLine(const std::string& text);
+
+    // Output.
+    void emitComment(const std::string& text);
+    void emitLabel(const std::string& label, const std::string& text = "");
+    void emitCode(const std::string& text);
+    std::string newLabel();
+    void debugComment(const std::string& text);
+
+    // Symbols.
+    int lookupVariable(std::string_view name, const std::string& scope = "");
+    int lookupConstant(std::string_view name, const std::string& scope = "");
+    // The same lookups without counting a use.
+    int findVariable(std::string_view name, const std::string& scope = "") const;
+    int findConstant(std::string_view name, const std::string& scope = "") const;
+    void countUse(int row, bool variable);
+    // 1000000 for a quoted token or a string Const, n for a placeholder #[n], else 0.
+    int stringConstantAt(const std::string& token) const;
+    std::string internalError(const std::string& specifics) const;
+    int absoluteAddress(int offset) const { return st_.ixBase() + offset; }
+    int allocate(int bytes);
+    void releaseBytes(int bytes, int offset);
+    int reserveSystem(const std::string& name, int bytes);
+    bool registerUserName(const std::string& name);
+    std::string newTemp(TypeCode type, int length = 0);
+    void freeTemp(const std::string& name);
+    bool endOfStatement();
+
+    // Loads of plain variables and constants into registers, and stores back.
+    // register is one of A B C E L, BC DE HL, or BC:DE.
+    bool load(TypeCode type, const std::string& reg, TypeCode sourceType, const std::string& text,
+              int address);
+    bool store(TypeCode destType, int address, TypeCode sourceType, const std::string& reg);
+
+  private:
+    // Driver.
+    bool performRun(const std::string& editorText);
+    void resetRun();
+    void readRunOptions();
+    bool codeGeneration();
+    void finishOutput();
+    bool writeOutput();
+    void writeDebugFiles() const;
+    void locateIncludeError();
+    void progress(const std::string& text);
+
+    // Source preparation.
+    void splitSource(const std::string& text);
+    bool prepareSource();
+    bool runIncludes();
+    bool includeFiles(std::string list, bool assembler);
+    bool extractStrings(int line);
+    std::string restorePlaceholders(const std::string& text) const;
+    inline static const std::string kGlobalScope = "global";
+
+    // Declarations.
+    bool declarationScan();
+    bool scanLabel(int line);
+    bool scanRoutine(int line, const Tokens& t);
+    bool parseArguments(const std::string& list, RoutineRow& row, bool function);
+    bool declarationPass();
+    bool declareConstant(const Tokens& t);
+    bool queueDim(const std::string& text, bool skip);
+    bool allocateQueue();
+    bool declareQueued(DeclarationRow& row);
+    bool declareVariable(const std::string& name, const std::string& typeName,
+                         const std::string& scope, int used);
+    bool declareRoutine(std::size_t index, bool function, bool& skip);
+    int declarationBytes(const DeclarationRow& row) const;
+    bool unusedCheck(std::size_t row, int line, const std::string& kind);
+    void prepareMemoryMap();
+    void normaliseMemory();
+    bool constantValue(TypeCode type, std::string text, long long& value);
+
+    // Statements.
+    bool compileLine(int line);
+    bool dispatch(const std::string& text);
+    bool dimInitialisation(const std::string& text);
+    bool directive(const Tokens& t);
+    bool simDirective(const Tokens& t);
+    bool inlineAssembler(const std::string& text);
+    bool endStatement();
+    void pushStructure(const std::string& kind);
+    bool popStructure(const std::string& kind);
+    bool checkStructure(bool atEnd, bool forNewRoutine);
+    std::string openStructureText(bool upToThisLine) const;
+    bool notYetCompiled(const std::string& what);
+    int findProcedure(const std::string& name) const;
+    std::string asmLabelFor(const std::string& label) const;
+    void labelInlineAssembler();
+    void clearBytes(int offset, int n);
+
+    SettingsStore& settings_;
+    CompileSink& sink_;
+    CompilerOptions options_;
+    RunOptions run_;
+    CompilerState st_;
+    std::string folder_, name_, outputPath_;
+    struct AsmLabel {
+        std::string name, scope, label;
+    };
+    std::vector<AsmLabel> asmLabels_;  // inline assembler labels, kept into the second run
+    std::string lastDeclarationComment_;
+    LineProtection protection_;
+    std::string internalLine_;  // the append routine line being compiled
+};
+
+}  // namespace mb

@@ -1,0 +1,477 @@
+// The statement pass: the frame of the program, the dispatcher, the structure
+// stack, the directives, inline assembler lines and variable initialisation.
+#include <algorithm>
+#include <cctype>
+
+#include "compiler/basic_numbers.h"
+#include "compiler/compiler.h"
+#include "compiler/output_text.h"
+#include "core/numtext.h"
+#include "runtime/runtime_library.h"
+
+namespace mb {
+
+bool Compiler::codeGeneration() {
+    if (st_.learned.needs.Has(kNeedPrint)) {
+        if (!reserveSystem("PRINT_STR", 12) || !reserveSystem("PRINT_IND", 1)) return false;
+    }
+    for (const char* name : {"REG_R3", "REG_R2", "REG_R1", "REG_R0"}) {
+        if (!reserveSystem(name, 1)) return false;
+    }
+    const int base = st_.ixBase();
+    emitCode(".ORG 0000H");
+    emitCode("LD IX," + codeHex4(base));
+    emitCode("LD SP," + codeHex4(base - st_.totalRam));
+    st_.stackPointerLine = static_cast<int>(st_.outputLines.size()) - 1;
+    emitComment("; User code start");
+    if (!st_.firstRun) labelInlineAssembler();
+    pushStructure("Main Routine");
+    st_.currentScope = "global";
+    for (int i = 1; i <= st_.lineCount(); ++i) {
+        if (!compileLine(i)) return false;
+    }
+    st_.currentLine = st_.lineCount() + 1;
+    if (!checkStructure(true, false)) return false;
+    emitComment("; End of user code");
+    emitCode("HALT");
+    RuntimeNeeds needs = st_.learned.needs;
+    AddRuntimeDependencies(needs);
+    for (const std::string& line : RuntimeLines(needs, st_.singleDigits)) {
+        st_.outputLines.push_back(line);
+    }
+    emitComment(";crypt_start");
+    emitComment(";crypt_stop");
+    emitComment("; End of listing");
+    emitCode(".END");
+    st_.outputLines[st_.stackPointerLine] = "\tLD SP," + codeHex4(base - st_.totalRam);
+    return true;
+}
+
+bool Compiler::compileLine(int i) {
+    st_.currentLine = i;
+    BasicLine& line = st_.lines[i];
+    if (st_.currentScope == "global" && st_.mainEnded && !line.xlinelabel2.empty()) {
+        if (!checkStructure(false, true)) return false;
+        pushStructure("Subroutine");
+        st_.currentScope = line.xlinelabel2;
+        st_.inSubroutine = true;
+    }
+    line.xlinelabelscope = st_.currentScope;
+    emitComment("; " + std::to_string(i) + ": " + line.xlinijafull);
+    if (!line.xlinelabel1.empty()) emitLabel(line.xlinelabel1);
+    std::string text = line.xlinija;
+    const std::size_t then = text.find(" Then");
+    if (then != std::string::npos && text.compare(0, 4, "ASM:") != 0) {
+        // The tail of a one-line If is compiled by the If statement itself.
+        const std::size_t end = then + 5;
+        if (end == text.size() || text[end] == ' ') text.resize(end);
+    }
+    if (!dispatch(text)) return false;
+    return endOfStatement();
+}
+
+bool Compiler::dispatch(const std::string& text) {
+    Tokens t;
+    if (!statementTokens(text, t)) return fail("Line too long.");
+    const auto assignment = [](const std::string& s) {
+        return s == "=" || s == "+=" || s == "-=" || s == "*=" || s == "/=";
+    };
+    std::string list, typeName;
+    if (t[1] == "Dim" && dimParts(text, list, typeName)) return dimInitialisation(text);
+    if ((t[1] == "Include" || t[1] == "IncludeASM") && !t[2].empty()) return true;
+    if (t[1] == "Const" && t[3] == "=" && !t[4].empty() && t[5].empty()) return true;
+    if (t[1] == "#sim" || t[1] == "#simio") return simDirective(t);
+    if ((t[1] == "#define" || t[1] == "Define") && t[3] == "=" && !t[4].empty() && t[5].empty()) {
+        return directive(t);
+    }
+    if (t[1].compare(0, 4, "ASM:") == 0) return inlineAssembler(text.substr(4));
+    if (t[1] == "End" && t[2].empty()) return endStatement();
+    if (t[1].empty()) return true;
+    if (assignment(t[2]) && !t[3].empty()) return notYetCompiled("Assignments");
+    static const char* const kStatements[] = {
+        "SetStrPtr", "While",  "Wend",   "If",       "Else",      "Endif",       "Select", "Case",
+        "EndSelect", "For",    "Next",   "CFor",     "CNext",     "Exit",        "Goto",   "Gosub",
+        "Sub",       "Return", "End",    "Proc",     "Function",  "ReturnValue", "Call",   "Print",
+        "Poke",      "Put",    "SetBit", "ResetBit", "InvertBit", "MakeBit"};
+    for (const char* word : kStatements) {
+        if (t[1] == word || t[1].rfind(std::string(word) + "(", 0) == 0) {
+            return notYetCompiled("The " + std::string(word) + " statement");
+        }
+    }
+    for (int k = 1; k <= kMaxTokens && !t[k].empty(); ++k) {
+        if (assignment(t[k])) return notYetCompiled("Assignments");
+    }
+    if (findProcedure(t[1]) >= 0) return notYetCompiled("Procedure calls");
+    return fail("Syntax error.");
+}
+
+bool Compiler::notYetCompiled(const std::string& what) {
+    return fail(what +
+                " can not be compiled yet: this version of the compiler takes "
+                "declarations, Const, #define, #sim, Include, ASM: lines and End.");
+}
+
+int Compiler::findProcedure(const std::string& name) const {
+    for (std::size_t i = 0; i < st_.procs.size(); ++i) {
+        if (st_.procs[i].name == name) return static_cast<int>(i);
+    }
+    for (std::size_t i = 0; i < st_.functions.size(); ++i) {
+        if (st_.functions[i].name.substr(0, st_.functions[i].name.find('[')) == name) {
+            return static_cast<int>(i);
+        }
+    }
+    return -1;
+}
+
+// ---------------------------------------------------------------------------
+// Structure stack
+
+namespace {
+
+struct StructureWords {
+    const char* kind;
+    const char* missingOpen;  // the line of a closing word without its opening
+    const char* ending;
+};
+constexpr StructureWords kStructures[] = {
+    {"Main Routine", "Duplicate End statement.", " (End is missing)"},
+    {"While", "Wend without While.", " (Wend is missing)"},
+    {"CFor", "CNext without CFor.", " (CNext is missing)"},
+    {"For", "Next without For.", " (Next is missing)"},
+    {"If", "If is missing.", " (Endif is missing)"},
+    {"Select Case", "Select Case is missing.", " (EndSelect is missing)"},
+    {"Proc", "Proc declaration is missing.", " (End Proc is missing)"},
+    {"Function", "Function declaration is missing.", " (End Function is missing)"},
+    {"On Interrupt", "On Interrupt declaration is missing.", " (Resume is missing)"},
+    {"Subroutine", "Subroutine declaration is missing.", " (End Sub/Return is missing)"},
+};
+
+const StructureWords* wordsOf(const std::string& kind) {
+    for (const StructureWords& w : kStructures) {
+        if (kind == w.kind) return &w;
+    }
+    return nullptr;
+}
+
+std::string openText(const std::string& kind, bool upToThisLine) {
+    const StructureWords* w = wordsOf(kind);
+    std::string ending = w ? w->ending : "";
+    if (upToThisLine && !ending.empty()) ending.insert(ending.size() - 1, " up to this line");
+    return kind + " structure is not completed..." + ending;
+}
+
+}  // namespace
+
+void Compiler::pushStructure(const std::string& kind) {
+    st_.structureStack.push_back(kind);
+}
+
+bool Compiler::popStructure(const std::string& kind) {
+    std::vector<std::string>& stack = st_.structureStack;
+    if (!stack.empty() && stack.back() == kind) {
+        stack.pop_back();
+        return true;
+    }
+    std::string message;
+    if (std::find(stack.begin(), stack.end(), kind) == stack.end()) {
+        const StructureWords* w = wordsOf(kind);
+        message = w ? w->missingOpen : "";
+    }
+    if (stack.size() > 1) {
+        if (!message.empty()) message += "\r\n";
+        message += openText(stack.back(), true);
+    }
+    return fail(message + "\r\nIncorrect program structure.");
+}
+
+bool Compiler::checkStructure(bool atEnd, bool forNewRoutine) {
+    const std::vector<std::string>& stack = st_.structureStack;
+    // At the end only the main routine may be open: closed by End, or not.
+    const bool good = atEnd ? stack.empty() || (stack.size() == 1 && stack[0] == "Main Routine")
+                      : forNewRoutine ? stack.empty()
+                                      : true;
+    if (good) return true;
+    std::string message;
+    for (auto it = stack.rbegin(); it != stack.rend(); ++it) {
+        message += openText(*it, !atEnd) + "\r\n";
+    }
+    return fail(message + "Incorrect program structure.");
+}
+
+bool Compiler::endStatement() {
+    if (!popStructure("Main Routine")) return false;
+    st_.mainEnded = true;
+    emitCode("HALT");
+    return true;
+}
+
+// ---------------------------------------------------------------------------
+// Directives
+
+bool Compiler::directive(const Tokens& t) {
+    const std::string& name = t[2];
+    struct Parameter {
+        const char* name;
+        long long low, high;
+        const char* message;
+        int* value;
+    };
+    const Parameter parameters[] = {
+        {"ROMEND", 1023, 64511,
+         "Invalid value of parameter [03FFh-FBFFh/1023-64511 allowed range].", &st_.romEnd},
+        {"RAMSTART", 1024, 64512,
+         "Invalid value of parameter [0400h-FC00h/1024-64512 allowed range].", &st_.ramStart},
+        {"RAMEND", 2047, 65535,
+         "Invalid value of parameter [07FFh-FFFFh/2047-65535 allowed range].", &st_.ramEnd},
+        {"STRING_MAX_LENGTH", 8, 100, "Invalid value of parameter [8-100 allowed range].",
+         &st_.stringMaxLength},
+        {"SINGLE_DECIMAL_PLACES", 1, 6, "Invalid value of parameter [1-6 allowed range].",
+         &st_.singleDigits},
+        {"PRINT_SINGLE_DIGITS", 1, 6, "Invalid value of parameter [1-6 allowed range].",
+         &st_.singleDigits},
+    };
+    const Parameter* p = nullptr;
+    for (const Parameter& candidate : parameters) {
+        if (name == candidate.name) p = &candidate;
+    }
+    if (!p) return fail("Unrecognized parameter.");
+    long long value = 0;
+    const int variable = lookupVariable(t[4]);
+    if (variable > 0) {
+        value = absoluteAddress(st_.symbols[variable].address);
+    } else if (!constantValue(kTypeLong, t[4], value)) {
+        return false;
+    }
+    if (value < p->low || value > p->high) return fail(p->message);
+    *p->value = static_cast<int>(value);
+    const bool memory =
+        p->value == &st_.romEnd || p->value == &st_.ramStart || p->value == &st_.ramEnd;
+    if (memory && !st_.firstRun) normaliseMemory();
+    emitComment(";       The value of '" + name + "' is " + std::to_string(value) +
+                (memory ? "/" + pb_hex4(value) + "H" : ""));
+    return true;
+}
+
+bool Compiler::simDirective(const Tokens& t) {
+    const std::string arg = restOfTokens(t, 2);
+    const std::size_t open = arg.find('('), close = arg.find(')');
+    if (open != 0 || close == std::string::npos) {
+        return fail("Incorrect format of the directive argument (parentheses expected):\r\n'" +
+                    arg + "'.");
+    }
+    std::string inside = arg.substr(1, close - 1);
+    std::string rest = TrimText(arg.substr(close + 1));
+    if (rest.empty() || rest[0] != '=') {
+        return fail("Incorrect format of the directive argument (parentheses expected):\r\n'" +
+                    arg + "'.");
+    }
+    rest = TrimText(rest.substr(1));
+    int bit = -1;
+    const std::size_t dot = inside.find('.');
+    if (dot != std::string::npos) {
+        long long b = 0;
+        if (!constantValue(kTypeUShort, inside.substr(dot + 1), b)) return false;
+        if (b > 7) return fail("Bit position out of range (0-7).");
+        bit = static_cast<int>(b);
+        inside.resize(dot);
+    }
+    long long address = 0, value = 0;
+    if (!constantValue(kTypeUInteger, inside, address)) return false;
+    if (bit >= 0) {
+        if (parseNumber(rest) == 255) rest = "1";
+        if (!constantValue(kTypeBit, rest, value)) return false;
+        value = value ? 1 : 0;
+    } else if (!constantValue(kTypeUShort, rest, value)) {
+        return false;
+    }
+    emitComment(";     " + t[1] + " (" + std::to_string(address) +
+                (bit >= 0 ? "." + std::to_string(bit) : "") + ")=" + std::to_string(value));
+    return true;
+}
+
+// ---------------------------------------------------------------------------
+// Inline assembler
+
+namespace {
+
+// Where word stands as a whole word in padded (both in blanks at its ends), or npos.
+std::size_t findWord(const std::string& padded, const std::string& word) {
+    for (std::size_t at = padded.find(word); at != std::string::npos;
+         at = padded.find(word, at + 1)) {
+        const bool before = at == 0 || padded[at - 1] == ' ';
+        const std::size_t end = at + word.size();
+        const bool after = end >= padded.size() || padded[end] == ' ';
+        if (before && after) return at;
+    }
+    return std::string::npos;
+}
+
+// Hexadecimal for inline assembler lines: "0FEC0h", "2Ah", "0FFh".
+std::string lowerHex(long long value, int width) {
+    std::string digits = HexDigits(value, width) + "h";
+    if (std::isalpha(static_cast<unsigned char>(digits[0]))) digits.insert(0, "0");
+    return digits;
+}
+
+std::string upperMnemonic(const std::string& text) {
+    std::string out = text;
+    for (std::size_t i = 0; i < out.size() && out[i] != ' ' && out[i] != '\t'; ++i) {
+        out[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(out[i])));
+    }
+    return out;
+}
+
+}  // namespace
+
+// Replaces the whole word at `at` of both texts (same length, padded is the
+// working copy with separators blanked) by replacement.
+static void replaceAt(std::string& text, std::string& padded, std::size_t at, std::size_t length,
+                      const std::string& replacement) {
+    text.replace(at, length, replacement);
+    padded.replace(at, length, replacement);
+}
+
+bool Compiler::inlineAssembler(const std::string& original) {
+    std::string text = restorePlaceholders(original);
+    auto pad = [](const std::string& s) {
+        std::string p = " " + s + " ";
+        for (char& c : p) {
+            if (std::string_view("\t(),+-*/\\&|^<>[]:").find(c) != std::string_view::npos) c = ' ';
+        }
+        return p;
+    };
+    std::string work = " " + text + " ";
+    std::string padded = pad(text);
+    if (!st_.firstRun) {
+        for (const AsmLabel& label : asmLabels_) {
+            if (label.scope != st_.currentScope) continue;
+            const std::size_t at = findWord(padded, label.name);
+            if (at != std::string::npos)
+                replaceAt(work, padded, at, label.name.size(), label.label);
+        }
+    }
+    for (std::size_t row = 1; row < st_.symbols.size(); ++row) {
+        const SymbolRow& s = st_.symbols[row];
+        for (std::size_t at = findWord(padded, s.name); at != std::string::npos;
+             at = findWord(padded, s.name)) {
+            if (findVariable(s.name) != static_cast<int>(row)) break;
+            countUse(static_cast<int>(row), true);
+            replaceAt(work, padded, at, s.name.size(), lowerHex(absoluteAddress(s.address), 4));
+        }
+    }
+    for (std::size_t row = 1; row < st_.constants.size(); ++row) {
+        const ConstantRow& c = st_.constants[row];
+        if (c.isString || findConstant(c.name) != static_cast<int>(row)) continue;
+        const double v = parseNumber(c.value);
+        if (v == kNotANumber) continue;
+        const long long value = static_cast<long long>(v) & 0xFFFFFFFF;
+        const std::string replacement = lowerHex(value, value < 256 ? 2 : value < 65536 ? 4 : 8);
+        for (std::size_t at = findWord(padded, c.name); at != std::string::npos;
+             at = findWord(padded, c.name)) {
+            replaceAt(work, padded, at, c.name.size(), replacement);
+        }
+    }
+    text = work.substr(1, work.size() - 2);
+    if (TrimText(text).empty()) return true;
+    if (text[0] != ' ' && text[0] != '\t') {
+        const std::size_t blank = text.find_first_of(" \t");
+        std::string label = text.substr(0, blank);
+        if (!label.empty() && label.back() == ':') label.pop_back();
+        const std::string rest = blank == std::string::npos ? "" : TrimText(text.substr(blank));
+        if (st_.firstRun) {
+            for (const AsmLabel& l : asmLabels_) {
+                if (l.scope == st_.currentScope && LowerText(l.name) == LowerText(label)) {
+                    return fail("Assembler label name in the same scope already exists:\r\n" +
+                                label);
+                }
+            }
+            asmLabels_.push_back({label, st_.currentScope, ""});
+        }
+        const std::string generated = asmLabelFor(label);
+        if (rest.empty()) {
+            emitLabel(generated);
+        } else {
+            emitLabel(generated, upperMnemonic(rest));
+        }
+        return true;
+    }
+    emitCode(upperMnemonic(TrimText(text)));
+    return true;
+}
+
+std::string Compiler::asmLabelFor(const std::string& label) const {
+    for (const AsmLabel& l : asmLabels_) {
+        if (l.scope == st_.currentScope && l.name == label && !l.label.empty()) return l.label;
+    }
+    return label;
+}
+
+// Gives every inline assembler label of the program its generated label, before
+// the second run's statement pass meets the lines that use them.
+void Compiler::labelInlineAssembler() {
+    for (AsmLabel& l : asmLabels_) l.label = newLabel();
+}
+
+// ---------------------------------------------------------------------------
+// Dim lines: variables cleared at their declaration
+
+bool Compiler::dimInitialisation(const std::string& text) {
+    if (st_.firstRun) return true;
+    std::string list, typeName;
+    dimParts(text, list, typeName);
+    for (const std::string& name : splitList(list)) {
+        const std::string plain = name.substr(0, name.find_first_of("[("));
+        const int row = findVariable(plain);
+        if (row == 0) continue;  // not compiled
+        const SymbolRow& s = st_.symbols[row];
+        if (s.scope != st_.currentScope && !(s.scope == "global" && st_.currentScope == "global")) {
+            continue;
+        }
+        int bytes = 0;
+        if (s.type == kTypeString) {
+            bytes = 1;  // a string starts empty
+        } else if (options_.initializeVariables) {
+            bytes = typeSize(s.type) * (s.size > 0 ? s.size : 1);
+        }
+        if (bytes > 0) clearBytes(s.address, bytes);
+    }
+    return true;
+}
+
+void Compiler::clearBytes(int offset, int n) {
+    const std::string a = codeHex4(absoluteAddress(offset));
+    const bool inReach = offset >= -126 && offset - 1 + n <= 0 && offset + n - 1 >= -126;
+    if (inReach && (n == 1 || n == 2 || n == 4)) {
+        emitCode("XOR A");
+        for (int k = 0; k < n; ++k) emitCode("LD (IX-" + codeHex2(-(offset + k)) + "),A");
+    } else if (n <= 4) {
+        emitCode("XOR A");
+        emitCode("LD HL," + a);
+        emitCode("LD (HL),A");
+        for (int k = 1; k < n; ++k) {
+            emitCode("INC HL");
+            emitCode("LD (HL),A");
+        }
+    } else if (n <= 256) {
+        const std::string label = newLabel();
+        emitCode("XOR A");
+        emitCode("LD HL," + a);
+        emitCode("LD B," + codeHex2(n == 256 ? 0 : n));
+        emitLabel(label, "LD (HL),A");
+        emitCode("INC HL");
+        emitCode("DJNZ " + label);
+    } else {
+        const std::string label = newLabel();
+        emitCode("LD HL," + a);
+        emitCode("LD BC," + codeHex4(n));
+        emitLabel(label, "XOR A");
+        emitCode("LD (HL),A");
+        emitCode("INC HL");
+        emitCode("DEC BC");
+        emitCode("LD A,B");
+        emitCode("OR C");
+        emitCode("JR NZ," + label);
+    }
+}
+
+}  // namespace mb

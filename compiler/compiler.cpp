@@ -90,7 +90,7 @@ int Compiler::compile(const std::string& path, const std::string& editorText,
     outputPath_.clear();
 
     st_ = CompilerState{};
-    if (TrimText(editorText).empty()) {
+    if (editorText.find_first_not_of(" \t\r\n") == std::string::npos) {
         st_.errorLine = 1;
         st_.errorMessage = "The editor is empty.";
         sink_.showError(st_.errorMessage);

@@ -223,6 +223,10 @@ class Compiler {
     bool checkStructure(bool atEnd, bool forNewRoutine);
     std::string openStructureText(bool upToThisLine) const;
     bool notYetCompiled(const std::string& what);
+    bool openRoutine(const std::string& kind, const std::string& name);
+    bool closeRoutine(const std::string& kind);
+    bool gotoStatement(const std::string& name);
+    bool gosubStatement(const std::string& name);
     int findProcedure(const std::string& name) const;
     std::string asmLabelFor(const std::string& label) const;
     void labelInlineAssembler();

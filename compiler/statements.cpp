@@ -11,6 +11,11 @@
 
 namespace mb {
 
+// What this version compiles, for the message that names what it does not.
+constexpr const char* kCompiledStatements =
+    "declarations, Const, #define, #sim, Include, ASM: lines, labels, Goto, Gosub, End, and "
+    "the frames of Sub, Proc and Function";
+
 bool Compiler::codeGeneration() {
     if (st_.learned.needs.Has(kNeedPrint)) {
         if (!reserveSystem("PRINT_STR", 12) || !reserveSystem("PRINT_IND", 1)) return false;
@@ -86,6 +91,33 @@ bool Compiler::dispatch(const std::string& text) {
     }
     if (t[1].compare(0, 4, "ASM:") == 0) return inlineAssembler(text.substr(4));
     if (t[1] == "End" && t[2].empty()) return endStatement();
+    if ((t[1] == "Goto" || t[1] == "Gosub") && !t[2].empty() && t[3].empty()) {
+        return t[1] == "Goto" ? gotoStatement(t[2]) : gosubStatement(t[2]);
+    }
+    if (t[1] == "Sub" && !t[2].empty() && t[3].empty()) return openRoutine("Subroutine", t[2]);
+    if (t[1] == "Exit" && t[2] == "Sub" && t[3].empty()) {
+        if (!st_.inSubroutine) return fail("Exit Sub without subroutine declaration.");
+        emitCode("RET");
+        return true;
+    }
+    if ((t[1] == "End" && t[2] == "Sub" && t[3].empty()) || (t[1] == "Return" && t[2].empty())) {
+        return closeRoutine("Subroutine");
+    }
+    if ((t[1] == "Proc" || t[1] == "Function") && !t[2].empty()) {
+        const std::string text = restOfTokens(t, 2);
+        const std::string name = TrimText(text.substr(0, text.find('(')));
+        return openRoutine(t[1], name.substr(0, name.find('[')));
+    }
+    if (t[1] == "Exit" && t[2].empty()) {
+        if (!st_.inProc && !st_.inFunction) {
+            return fail("Exit without Proc or Function declaration.");
+        }
+        emitCode("RET");
+        return true;
+    }
+    if (t[1] == "End" && (t[2] == "Proc" || t[2] == "Function") && t[3].empty()) {
+        return closeRoutine(t[2]);
+    }
     if (t[1].empty()) return true;
     if (assignment(t[2]) && !t[3].empty()) return notYetCompiled("Assignments");
     static const char* const kStatements[] = {
@@ -105,10 +137,78 @@ bool Compiler::dispatch(const std::string& text) {
     return fail("Syntax error.");
 }
 
+bool Compiler::openRoutine(const std::string& kind, const std::string& name) {
+    if (!checkStructure(false, true)) return false;
+    pushStructure(kind);
+    std::string label;
+    if (kind == "Subroutine") {
+        for (const SubRow& row : st_.subs) {
+            if (row.name == name) label = row.label;
+        }
+        st_.inSubroutine = true;
+    } else {
+        for (const RoutineRow& row : kind == "Proc" ? st_.procs : st_.functions) {
+            if (row.name.substr(0, row.name.find('[')) == name) label = row.label;
+        }
+        (kind == "Proc" ? st_.inProc : st_.inFunction) = true;
+    }
+    if (!label.empty()) emitLabel(label);
+    st_.currentScope = name;
+    return true;
+}
+
+bool Compiler::closeRoutine(const std::string& kind) {
+    if (!popStructure(kind)) return false;
+    emitCode("RET");
+    if (kind == "Subroutine") st_.inSubroutine = false;
+    if (kind == "Proc") st_.inProc = false;
+    if (kind == "Function") st_.inFunction = false;
+    st_.currentScope = "global";
+    return true;
+}
+
+bool Compiler::gotoStatement(const std::string& name) {
+    int any = 0, global = 0;
+    for (int i = 1; i <= st_.lineCount(); ++i) {
+        const BasicLine& l = st_.lines[i];
+        if (l.xlinelabel2 != name) continue;
+        if (l.xlinelabelscope == st_.currentScope) {
+            emitCode("JP " + l.xlinelabel1);
+            return true;
+        }
+        if (l.xlinelabelscope == "global" && global == 0) global = i;
+        if (any == 0) any = i;
+    }
+    if (global == 0 && any > 0) warnLine("Goto branch to a label with an incorrect scope: " + name);
+    const int target = global > 0 ? global : any;
+    if (target == 0) return fail("Incorrect line label name.");
+    emitCode("JP " + st_.lines[target].xlinelabel1);
+    return true;
+}
+
+bool Compiler::gosubStatement(const std::string& name) {
+    for (std::size_t row = 0; row < st_.subs.size(); ++row) {
+        if (st_.subs[row].name != name) continue;
+        emitCode("CALL " + st_.subs[row].label);
+        if (st_.firstRun) {
+            if (st_.learned.subUsed.size() <= row) st_.learned.subUsed.resize(row + 1);
+            st_.learned.subUsed[row] = true;
+        }
+        return true;
+    }
+    for (int i = 1; i <= st_.lineCount(); ++i) {
+        if (st_.lines[i].xlinelabel2 == name) {
+            warnLine("Gosub call to a label with an incorrect scope: " + name);
+            emitCode("CALL " + st_.lines[i].xlinelabel1);
+            return true;
+        }
+    }
+    return fail("Incorrect subroutine name.");
+}
+
 bool Compiler::notYetCompiled(const std::string& what) {
-    return fail(what +
-                " can not be compiled yet: this version of the compiler takes "
-                "declarations, Const, #define, #sim, Include, ASM: lines and End.");
+    return fail(what + " can not be compiled yet: this version of the compiler takes " +
+                kCompiledStatements + ".");
 }
 
 int Compiler::findProcedure(const std::string& name) const {

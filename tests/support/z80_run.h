@@ -95,7 +95,8 @@ class Z80Run {
     int Byte(int address) const { return m_->MemoryImage[address & 0xFFFF] & 0xFF; }
     int Word(int address) const { return Byte(address) | Byte(address + 1) << 8; }
     long long Long(int address) const {
-        return static_cast<long long>(Word(address)) | static_cast<long long>(Word(address + 2)) << 16;
+        return static_cast<long long>(Word(address)) | static_cast<long long>(Word(address + 2))
+                                                           << 16;
     }
 
     std::string Output, AssemblerErrors, LoadMessage;

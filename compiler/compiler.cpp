@@ -155,7 +155,11 @@ void Compiler::resetRun() {
         st_.stringMaxLength = strMax;
         st_.singleDigits = digits;
     }
-    if (first) asmLabels_.clear();
+    if (first) {
+        asmLabels_.clear();
+        asmLabelOrder_.clear();
+        asmLabelsLower_.clear();
+    }
     protection_.Reset();
 }
 

@@ -189,7 +189,11 @@ class Compiler {
     bool includeFiles(std::string list, bool assembler);
     bool extractStrings(int line);
     std::string restorePlaceholders(const std::string& text) const;
+
+  public:
     inline static const std::string kGlobalScope = "global";
+
+  private:
 
     // Declarations.
     bool declarationScan();
@@ -228,7 +232,7 @@ class Compiler {
     bool gotoStatement(const std::string& name);
     bool gosubStatement(const std::string& name);
     int findProcedure(const std::string& name) const;
-    std::string asmLabelFor(const std::string& label) const;
+    std::string substituteAsmNames(const std::string& text);
     void labelInlineAssembler();
     void clearBytes(int offset, int n);
 
@@ -238,10 +242,11 @@ class Compiler {
     RunOptions run_;
     CompilerState st_;
     std::string folder_, name_, outputPath_;
-    struct AsmLabel {
-        std::string name, scope, label;
-    };
-    std::vector<AsmLabel> asmLabels_;  // inline assembler labels, kept into the second run
+    // Inline assembler labels by scope + TAB + name: the generated label (the
+    // name itself until the second run gives one). Kept into the second run.
+    std::unordered_map<std::string, std::string> asmLabels_;
+    std::vector<std::string> asmLabelOrder_;
+    std::unordered_set<std::string> asmLabelsLower_;
     std::string lastDeclarationComment_;
     LineProtection protection_;
     std::string internalLine_;  // the append routine line being compiled

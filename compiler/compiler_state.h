@@ -5,6 +5,8 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "compiler/type_codes.h"
@@ -147,7 +149,24 @@ struct CompilerState {
     std::vector<UserVariableRow> userVariables;
     int lastSystemAddress = 0;
 
+    // Rows by name, so that lookups do not walk the tables.
+    std::unordered_map<std::string, std::vector<int>> symbolRows, constantRows;
+    std::unordered_set<std::string> scopedNames;  // scope + TAB + name
+
     int lineCount() const { return static_cast<int>(lines.size()) - 1; }
+    void addSymbol(SymbolRow row) {
+        symbolRows[row.name].push_back(static_cast<int>(symbols.size()));
+        symbols.push_back(std::move(row));
+    }
+    void popSymbol() {
+        std::vector<int>& rows = symbolRows[symbols.back().name];
+        if (!rows.empty()) rows.pop_back();
+        symbols.pop_back();
+    }
+    void addConstant(ConstantRow row) {
+        constantRows[row.name].push_back(static_cast<int>(constants.size()));
+        constants.push_back(std::move(row));
+    }
 };
 
 }  // namespace mb

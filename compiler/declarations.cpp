@@ -3,6 +3,7 @@
 // variables below the IX base, and the temporaries of expressions.
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include "compiler/basic_numbers.h"
 #include "compiler/compiler.h"
@@ -503,7 +504,7 @@ bool Compiler::declareVariable(const std::string& name, const std::string& typeN
     if (offset == 0) return fail("Not enough RAM memory available for this declaration.");
     SymbolRow row{plain, offset, type == kTypeString ? bytes : count,
                   type,  scope,  std::min(used, 255)};
-    st_.symbols.push_back(row);
+    st_.addSymbol(row);
     if (type == kTypeString) {
         st_.learned.strings = true;
         st_.learned.needs.Set(kNeedStrings);
@@ -549,7 +550,7 @@ bool Compiler::declareConstant(const Tokens& t) {
             row.value = (value[0] == '-' ? "-" : "") + st_.constants[c].value;
         }
     }
-    st_.constants.push_back(row);
+    st_.addConstant(row);
     emitComment(";       The value of '" + name + "' (" + st_.currentScope + ") is " +
                 (row.isString ? "\"" + decodeSourceText(row.value) + "\"" : row.value));
     return true;
@@ -596,33 +597,35 @@ bool Compiler::registerUserName(const std::string& name) {
         name == "PRINT_IND" || (name.size() == 6 && name.compare(0, 5, "REG_R") == 0)) {
         return fail("Internal system keyword '" + name + "' used for user element name.");
     }
-    for (const NameRow& row : st_.names) {
-        if (row.scope == st_.currentScope && row.name == name) {
-            return fail("User element name already used within the same scope.");
-        }
+    if (!st_.scopedNames.insert(st_.currentScope + "\t" + name).second) {
+        return fail("User element name already used within the same scope.");
     }
     st_.names.push_back({name, st_.currentScope});
     return true;
 }
 
-int Compiler::findVariable(std::string_view name, const std::string& scope) const {
-    const std::string& first = scope.empty() ? st_.currentScope : scope;
-    for (const std::string* s : {&first, &kGlobalScope}) {
-        for (int i = static_cast<int>(st_.symbols.size()) - 1; i >= 1; --i) {
-            if (st_.symbols[i].name == name && st_.symbols[i].scope == *s) return i;
+// The row of name in scope (the current one when empty), else in "global".
+static int findRow(const std::unordered_map<std::string, std::vector<int>>& index,
+                   std::string_view name, const std::string& scope,
+                   const std::function<const std::string&(int)>& scopeOf) {
+    const auto it = index.find(std::string(name));
+    if (it == index.end()) return 0;
+    for (const std::string* s : {&scope, &Compiler::kGlobalScope}) {
+        for (auto row = it->second.rbegin(); row != it->second.rend(); ++row) {
+            if (scopeOf(*row) == *s) return *row;
         }
     }
     return 0;
 }
 
+int Compiler::findVariable(std::string_view name, const std::string& scope) const {
+    return findRow(st_.symbolRows, name, scope.empty() ? st_.currentScope : scope,
+                   [this](int row) -> const std::string& { return st_.symbols[row].scope; });
+}
+
 int Compiler::findConstant(std::string_view name, const std::string& scope) const {
-    const std::string& first = scope.empty() ? st_.currentScope : scope;
-    for (const std::string* s : {&first, &kGlobalScope}) {
-        for (int i = static_cast<int>(st_.constants.size()) - 1; i >= 1; --i) {
-            if (st_.constants[i].name == name && st_.constants[i].scope == *s) return i;
-        }
-    }
-    return 0;
+    return findRow(st_.constantRows, name, scope.empty() ? st_.currentScope : scope,
+                   [this](int row) -> const std::string& { return st_.constants[row].scope; });
 }
 
 void Compiler::countUse(int row, bool variable) {
@@ -751,7 +754,7 @@ std::string Compiler::newTemp(TypeCode type, int length) {
             name + " (" + std::to_string(bytes) + " bytes)");
         return "";
     }
-    st_.symbols.push_back({name, offset, type == kTypeString ? bytes : 0, type, "global", 0});
+    st_.addSymbol({name, offset, type == kTypeString ? bytes : 0, type, "global", 0});
     st_.temps.push_back({name, offset, type, static_cast<int>(st_.symbols.size()) - 1,
                          type == kTypeString ? length : 0, 1});
     if (type == kTypeLong || type == kTypeULong) st_.learned.longArithmetic = true;
@@ -802,7 +805,7 @@ bool Compiler::endOfStatement() {
             return fail("Unexpected situation.");
         }
         releaseBytes(row.type == kTypeString ? row.length + 1 : typeSize(row.type), row.address);
-        st_.symbols.pop_back();
+        st_.popSymbol();
         st_.temps.pop_back();
     }
     return true;

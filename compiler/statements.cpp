@@ -394,18 +394,6 @@ bool Compiler::simDirective(const Tokens& t) {
 
 namespace {
 
-// Where word stands as a whole word in padded (both in blanks at its ends), or npos.
-std::size_t findWord(const std::string& padded, const std::string& word) {
-    for (std::size_t at = padded.find(word); at != std::string::npos;
-         at = padded.find(word, at + 1)) {
-        const bool before = at == 0 || padded[at - 1] == ' ';
-        const std::size_t end = at + word.size();
-        const bool after = end >= padded.size() || padded[end] == ' ';
-        if (before && after) return at;
-    }
-    return std::string::npos;
-}
-
 // Hexadecimal for inline assembler lines: "0FEC0h", "2Ah", "0FFh".
 std::string lowerHex(long long value, int width) {
     std::string digits = HexDigits(value, width) + "h";
@@ -423,93 +411,83 @@ std::string upperMnemonic(const std::string& text) {
 
 }  // namespace
 
-// Replaces the whole word at `at` of both texts (same length, padded is the
-// working copy with separators blanked) by replacement.
-static void replaceAt(std::string& text, std::string& padded, std::size_t at, std::size_t length,
-                      const std::string& replacement) {
-    text.replace(at, length, replacement);
-    padded.replace(at, length, replacement);
-}
-
 bool Compiler::inlineAssembler(const std::string& original) {
-    std::string text = restorePlaceholders(original);
-    auto pad = [](const std::string& s) {
-        std::string p = " " + s + " ";
-        for (char& c : p) {
-            if (std::string_view("\t(),+-*/\\&|^<>[]:").find(c) != std::string_view::npos) c = ' ';
-        }
-        return p;
-    };
-    std::string work = " " + text + " ";
-    std::string padded = pad(text);
-    if (!st_.firstRun) {
-        for (const AsmLabel& label : asmLabels_) {
-            if (label.scope != st_.currentScope) continue;
-            const std::size_t at = findWord(padded, label.name);
-            if (at != std::string::npos)
-                replaceAt(work, padded, at, label.name.size(), label.label);
-        }
-    }
-    for (std::size_t row = 1; row < st_.symbols.size(); ++row) {
-        const SymbolRow& s = st_.symbols[row];
-        for (std::size_t at = findWord(padded, s.name); at != std::string::npos;
-             at = findWord(padded, s.name)) {
-            if (findVariable(s.name) != static_cast<int>(row)) break;
-            countUse(static_cast<int>(row), true);
-            replaceAt(work, padded, at, s.name.size(), lowerHex(absoluteAddress(s.address), 4));
-        }
-    }
-    for (std::size_t row = 1; row < st_.constants.size(); ++row) {
-        const ConstantRow& c = st_.constants[row];
-        if (c.isString || findConstant(c.name) != static_cast<int>(row)) continue;
-        const double v = parseNumber(c.value);
-        if (v == kNotANumber) continue;
-        const long long value = static_cast<long long>(v) & 0xFFFFFFFF;
-        const std::string replacement = lowerHex(value, value < 256 ? 2 : value < 65536 ? 4 : 8);
-        for (std::size_t at = findWord(padded, c.name); at != std::string::npos;
-             at = findWord(padded, c.name)) {
-            replaceAt(work, padded, at, c.name.size(), replacement);
-        }
-    }
-    text = work.substr(1, work.size() - 2);
+    const std::string text = substituteAsmNames(restorePlaceholders(original));
     if (TrimText(text).empty()) return true;
-    if (text[0] != ' ' && text[0] != '\t') {
-        const std::size_t blank = text.find_first_of(" \t");
-        std::string label = text.substr(0, blank);
-        if (!label.empty() && label.back() == ':') label.pop_back();
-        const std::string rest = blank == std::string::npos ? "" : TrimText(text.substr(blank));
-        if (st_.firstRun) {
-            for (const AsmLabel& l : asmLabels_) {
-                if (l.scope == st_.currentScope && LowerText(l.name) == LowerText(label)) {
-                    return fail("Assembler label name in the same scope already exists:\r\n" +
-                                label);
-                }
-            }
-            asmLabels_.push_back({label, st_.currentScope, ""});
-        }
-        const std::string generated = asmLabelFor(label);
-        if (rest.empty()) {
-            emitLabel(generated);
-        } else {
-            emitLabel(generated, upperMnemonic(rest));
-        }
+    if (text[0] == ' ' || text[0] == '\t') {
+        emitCode(upperMnemonic(TrimText(text)));
         return true;
     }
-    emitCode(upperMnemonic(TrimText(text)));
+    const std::size_t blank = text.find_first_of(" \t");
+    std::string label = text.substr(0, blank);
+    if (!label.empty() && label.back() == ':') label.pop_back();
+    const std::string rest = blank == std::string::npos ? "" : TrimText(text.substr(blank));
+    const std::string key = st_.currentScope + "\t" + label;
+    if (st_.firstRun) {
+        if (!asmLabelsLower_.insert(LowerText(key)).second) {
+            return fail("Assembler label name in the same scope already exists:\r\n" + label);
+        }
+        asmLabelOrder_.push_back(key);
+        asmLabels_[key] = label;
+    }
+    const auto it = asmLabels_.find(key);
+    const std::string generated = it == asmLabels_.end() ? label : it->second;
+    emitLabel(generated, rest.empty() ? "" : upperMnemonic(rest));
     return true;
 }
 
-std::string Compiler::asmLabelFor(const std::string& label) const {
-    for (const AsmLabel& l : asmLabels_) {
-        if (l.scope == st_.currentScope && l.name == label && !l.label.empty()) return l.label;
+// The names in an inline assembler text: the current scope's assembler labels
+// (first occurrence, second run), then variables by their absolute address and
+// constants by their value. A name counts only as a whole word between
+// separators (blanks, tabs, parentheses, commas, operators, brackets, colons).
+std::string Compiler::substituteAsmNames(const std::string& text) {
+    static constexpr std::string_view kSeparators = " \t(),+-*/\\&|^<>[]:";
+    struct Word {
+        std::size_t at, length;
+        std::string replacement;
+    };
+    std::vector<Word> words;
+    for (std::size_t i = 0; i < text.size();) {
+        if (kSeparators.find(text[i]) != std::string_view::npos) {
+            ++i;
+            continue;
+        }
+        std::size_t end = i;
+        while (end < text.size() && kSeparators.find(text[end]) == std::string_view::npos) ++end;
+        words.push_back({i, end - i, ""});
+        i = end;
     }
-    return label;
+    std::unordered_set<std::string> labelsDone;
+    for (Word& w : words) {
+        const std::string word = text.substr(w.at, w.length);
+        if (!st_.firstRun) {
+            const auto label = asmLabels_.find(st_.currentScope + "\t" + word);
+            if (label != asmLabels_.end() && labelsDone.insert(word).second) {
+                w.replacement = label->second;
+                continue;
+            }
+        }
+        if (const int row = findVariable(word); row > 0) {
+            countUse(row, true);
+            w.replacement = lowerHex(absoluteAddress(st_.symbols[row].address), 4);
+        } else if (const int c = findConstant(word); c > 0 && !st_.constants[c].isString) {
+            const double v = parseNumber(st_.constants[c].value);
+            if (v == kNotANumber) continue;
+            const long long value = static_cast<long long>(v) & 0xFFFFFFFF;
+            w.replacement = lowerHex(value, value < 256 ? 2 : value < 65536 ? 4 : 8);
+        }
+    }
+    std::string out = text;
+    for (auto w = words.rbegin(); w != words.rend(); ++w) {
+        if (!w->replacement.empty()) out.replace(w->at, w->length, w->replacement);
+    }
+    return out;
 }
 
 // Gives every inline assembler label of the program its generated label, before
 // the second run's statement pass meets the lines that use them.
 void Compiler::labelInlineAssembler() {
-    for (AsmLabel& l : asmLabels_) l.label = newLabel();
+    for (const std::string& key : asmLabelOrder_) asmLabels_[key] = newLabel();
 }
 
 // ---------------------------------------------------------------------------

@@ -123,6 +123,8 @@ struct ErrorCase {
     const char* message;  // whole text of the error box
 };
 
+void PrintTo(const ErrorCase& c, std::ostream* os) { *os << c.name; }
+
 class CompileErrors : public ::testing::TestWithParam<ErrorCase> {};
 
 TEST_P(CompileErrors, GiveTheMessageAndTheLine) {

@@ -123,7 +123,9 @@ struct ErrorCase {
     const char* message;  // whole text of the error box
 };
 
-void PrintTo(const ErrorCase& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const ErrorCase& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class CompileErrors : public ::testing::TestWithParam<ErrorCase> {};
 

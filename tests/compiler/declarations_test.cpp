@@ -175,7 +175,9 @@ struct DeclarationError {
     const char* message;  // the text behind the location prefix
 };
 
-void PrintTo(const DeclarationError& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const DeclarationError& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class DeclarationErrors : public ::testing::TestWithParam<DeclarationError> {};
 

@@ -295,3 +295,70 @@ TEST(EmittedText, InlineAssemblerNamesAndLabels) {
 
 }  // namespace
 }  // namespace mb::testing
+
+namespace mb::testing {
+namespace {
+
+TEST_F(Emitting, TemporariesAreReusedAfterTheirStatement) {
+    Declare("Dim a As Byte\n");
+    Compiler& c = *b.compiler;
+    const std::string t1 = c.newTemp(kTypeInteger);
+    const std::string t2 = c.newTemp(kTypeInteger);
+    const std::string l1 = c.newTemp(kTypeLong);
+    EXPECT_EQ(t1, "corvalent_temp_integer_1");
+    EXPECT_EQ(t2, "corvalent_temp_integer_2");
+    EXPECT_EQ(l1, "corvalent_temp_long_3");
+    c.freeTemp(t1);
+    EXPECT_EQ(c.newTemp(kTypeInteger), t1);  // a freed row of the type serves again
+    ASSERT_TRUE(c.endOfStatement());
+    EXPECT_EQ(c.newTemp(kTypeLong), l1);  // all rows are free after a statement
+    const auto lines = Emitted();
+    ASSERT_EQ(lines.size(), 3u);
+    const int row = c.findVariable(t1);
+    EXPECT_EQ(lines[0], t1 + "\t.EQU " + codeHex4(0xFF00 + c.state().symbols[row].address));
+    // Every temporary has its own bytes.
+    const int a1 = c.state().symbols[c.findVariable(t1)].address;
+    const int a2 = c.state().symbols[c.findVariable(t2)].address;
+    const int a3 = c.state().symbols[c.findVariable(l1)].address;
+    EXPECT_TRUE(a1 + 2 <= a2 || a2 + 2 <= a1);
+    EXPECT_TRUE(a3 + 4 <= a1 || a1 + 2 <= a3);
+}
+
+TEST_F(Emitting, DynamicTemporariesShareTheirMemoryBetweenStatements) {
+    b.options.dynamicTemps = true;
+    Declare("Dim a As Byte\n");
+    Compiler& c = *b.compiler;
+    const std::size_t symbols = c.state().symbols.size();
+    const std::string first = c.newTemp(kTypeLong);
+    const int address = c.state().symbols[c.findVariable(first)].address;
+    ASSERT_TRUE(c.endOfStatement());
+    EXPECT_EQ(c.state().symbols.size(), symbols);  // gone from the table
+    const std::string again = c.newTemp(kTypeLong);
+    EXPECT_EQ(c.state().symbols[c.findVariable(again)].address, address);
+    const auto lines = Emitted();
+    ASSERT_FALSE(lines.empty());
+    EXPECT_EQ(lines[0], ";     " + first + " address: " + codeHex4(0xFF00 + address));
+}
+
+TEST(UserVariables, RowsInOrderOfDeclaration) {
+    BasicRun b("user_variables");
+    b.options.optimizeVariables = false;
+    ASSERT_EQ(b.Compile(Lines({"Dim flag As Bit", "Dim n, m As Integer", "Dim s[4] As String",
+                               "ASM: LD HL,flag", "End", "Proc p(x As Single)", "End Proc"})),
+              0);
+    const auto& rows = b.State().userVariables;
+    ASSERT_EQ(rows.size(), 5u);
+    const std::vector<std::vector<std::string>> expected = {{"flag", "Boolean", "FEFFH", "global"},
+                                                            {"n", "Integer", "FEFDH", "global"},
+                                                            {"m", "Integer", "FEFBH", "global"},
+                                                            {"s", "String", "FEF6H", "global"},
+                                                            {"x", "Single", "FEF2H", "p"}};
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        EXPECT_EQ((std::vector<std::string>{rows[i].name, rows[i].typeWord, rows[i].address,
+                                            rows[i].scope}),
+                  expected[i]);
+    }
+}
+
+}  // namespace
+}  // namespace mb::testing

@@ -49,4 +49,12 @@ SingleEncoding EncodeSingle(double x) {
     return s;
 }
 
+double DecodeSingle(uint32_t bits) {
+    if ((bits & 0x7FFFFFFFu) == 0) return 0;
+    const int exponent = static_cast<int>((bits >> 23) & 0xFF) - 127;
+    const double mantissa = 1.0 + static_cast<double>(bits & 0x7FFFFFu) / 8388608.0;
+    const double value = std::ldexp(mantissa, exponent);
+    return (bits >> 31) ? -value : value;
+}
+
 }  // namespace mb

@@ -23,4 +23,8 @@ struct SingleEncoding {
 // zero bits; a NaN gives 7FC00000h and an infinity 7F800000h with its sign.
 SingleEncoding EncodeSingle(double x);
 
+// The number that four bytes stand for: sign, 1.mantissa and the exponent less
+// 127, every exponent being an ordinary one; all zero bits but the sign are 0.
+double DecodeSingle(uint32_t bits);
+
 }  // namespace mb

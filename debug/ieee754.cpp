@@ -58,11 +58,7 @@ std::optional<double> FromIeee754Text(const std::string& text) {
         if (byte < 0) return std::nullopt;
         bits = bits * 256 + static_cast<unsigned long>(byte);
     }
-    if ((bits & 0x7FFFFFFFul) == 0) return 0.0;  // the form the tool gives for zero
-    const int exponent = static_cast<int>((bits >> 23) & 0xFF) - 127;
-    const double mantissa = 1.0 + static_cast<double>(bits & 0x7FFFFF) / 8388608.0;
-    const double value = std::ldexp(mantissa, exponent);
-    return (bits >> 31) ? -value : value;
+    return DecodeSingle(static_cast<uint32_t>(bits));
 }
 
 }  // namespace mb

@@ -37,7 +37,14 @@ TEST(SingleEncoding, BytesOfRealNumbers) {
         const SingleEncoding s = EncodeSingle(c.x);
         EXPECT_EQ(s.bits, c.bits) << c.x;
         EXPECT_EQ(s.exact, c.exact) << c.x;
+        // The bytes read back to the number where it needed no rounding.
+        if (c.exact) {
+            EXPECT_EQ(DecodeSingle(c.bits), c.x) << c.x;
+        }
     }
+    EXPECT_FLOAT_EQ(static_cast<float>(DecodeSingle(0x3DCCCCCDu)), 0.1f);
+    EXPECT_EQ(DecodeSingle(0x80000000u), 0.0);
+    EXPECT_EQ(DecodeSingle(0x7F800000u), std::ldexp(1.0, 128));  // no infinities
 }
 
 TEST(SingleEncoding, KeptValueAndStep) {

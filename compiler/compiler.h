@@ -194,7 +194,6 @@ class Compiler {
     inline static const std::string kGlobalScope = "global";
 
   private:
-
     // Declarations.
     bool declarationScan();
     bool scanLabel(int line);
@@ -212,7 +211,9 @@ class Compiler {
     bool unusedCheck(std::size_t row, int line, const std::string& kind);
     void prepareMemoryMap();
     void normaliseMemory();
-    bool constantValue(TypeCode type, std::string text, long long& value);
+    // Checks text as a constant of type (constant names and one-character
+    // strings replaced first): the value as the code uses it, and the number read.
+    bool constantValue(TypeCode type, std::string text, long long& value, double* number = nullptr);
 
     // Statements.
     bool compileLine(int line);

@@ -36,6 +36,8 @@ struct SymbolRow {
 struct ConstantRow {
     std::string name, value, scope;
     bool isString = false;
+    bool isSingle = false;
+    long long code = 0;  // a number as the code uses it: two's complement, Single bytes
 };
 
 struct SubRow {

@@ -541,11 +541,12 @@ bool Compiler::declareConstant(const Tokens& t) {
         const TypeCode type = value.find('.') != std::string::npos   ? kTypeSingle
                               : value.find('-') != std::string::npos ? kTypeLong
                                                                      : kTypeULong;
-        long long number = 0;
-        if (!constantValue(type, value, number)) return false;
+        double number = 0;
+        if (!constantValue(type, value, row.code, &number)) return false;
         const int c = findConstant(TrimText(value[0] == '-' ? value.substr(1) : value));
-        if (type == kTypeSingle) {
-            row.value = canonicalSingleText(parseNumber(c > 0 ? st_.constants[c].value : value));
+        row.isSingle = type == kTypeSingle;
+        if (row.isSingle) {
+            row.value = canonicalSingleText(number);
         } else if (c > 0) {
             row.value = (value[0] == '-' ? "-" : "") + st_.constants[c].value;
         }
@@ -556,7 +557,7 @@ bool Compiler::declareConstant(const Tokens& t) {
     return true;
 }
 
-bool Compiler::constantValue(TypeCode type, std::string text, long long& value) {
+bool Compiler::constantValue(TypeCode type, std::string text, long long& value, double* number) {
     const std::string original = text;
     if (!text.empty() && text[0] == '+') text.erase(0, 1);
     const bool negative = !text.empty() && text[0] == '-';
@@ -582,6 +583,7 @@ bool Compiler::constantValue(TypeCode type, std::string text, long long& value) 
             "interpreted as True...");
     }
     value = check.value;
+    if (number) *number = check.number;
     return true;
 }
 

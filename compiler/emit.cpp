@@ -46,9 +46,8 @@ std::string tasmRewrite(const std::string& line) {
     if (!statementTokens(TrimText(line.substr(at + 1)), t)) return line;
     int last = 1;
     while (last < kMaxTokens && !t[last + 1].empty()) ++last;
-    const double number = parseNumber(t[last]);
-    if (number != kNotANumber && number >= 0) {
-        long long value = static_cast<long long>(number);
+    if (const std::optional<uint32_t> number = readNumber(t[last])) {
+        long long value = *number;
         for (int i = last - 1; i >= 1; --i) {
             const std::string& op = t[i];
             if (op == "low") {
@@ -104,8 +103,8 @@ bool Compiler::load(TypeCode type, const std::string& reg, TypeCode sourceType,
                     const std::string& text, int address) {
     (void)type;
     const int width = registerWidth(reg);
-    const double number = parseNumber(text);
-    if (number != kNotANumber && findVariable(text) == 0) {
+    const bool negative = !text.empty() && text[0] == '-';
+    if (readNumber(negative ? text.substr(1) : text) && findVariable(text) == 0) {
         const TypeCode target = width == 1 ? kTypeUShort : width == 2 ? kTypeUInteger : kTypeULong;
         long long value = 0;
         if (!constantValue(isSigned(sourceType) ? static_cast<TypeCode>(sourceType) : target, text,

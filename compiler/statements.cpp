@@ -378,7 +378,7 @@ bool Compiler::simDirective(const Tokens& t) {
     long long address = 0, value = 0;
     if (!constantValue(kTypeUInteger, inside, address)) return false;
     if (bit >= 0) {
-        if (parseNumber(rest) == 255) rest = "1";
+        if (readNumber(rest) == 255u) rest = "1";
         if (!constantValue(kTypeBit, rest, value)) return false;
         value = value ? 1 : 0;
     } else if (!constantValue(kTypeUShort, rest, value)) {
@@ -470,10 +470,9 @@ std::string Compiler::substituteAsmNames(const std::string& text) {
         if (const int row = findVariable(word); row > 0) {
             countUse(row, true);
             w.replacement = lowerHex(absoluteAddress(st_.symbols[row].address), 4);
-        } else if (const int c = findConstant(word); c > 0 && !st_.constants[c].isString) {
-            const double v = parseNumber(st_.constants[c].value);
-            if (v == kNotANumber) continue;
-            const long long value = static_cast<long long>(v) & 0xFFFFFFFF;
+        } else if (const int c = findConstant(word);
+                   c > 0 && !st_.constants[c].isString && !st_.constants[c].isSingle) {
+            const long long value = st_.constants[c].code & 0xFFFFFFFF;
             w.replacement = lowerHex(value, value < 256 ? 2 : value < 65536 ? 4 : 8);
         }
     }

@@ -19,10 +19,10 @@ struct Ieee754Texts {
 
 inline constexpr const char* kIeee754BinaryHead = "SEEEEEEE  EMMMMMMM  MMMMMMMM  MMMMMMMM";
 
-// The exponent is the floor of the binary logarithm; 24 bits are taken and the
-// last one is rounded up only when that comes strictly closer. A carry out of the
-// mantissa is dropped and the exponent is never fixed up: that is how the
-// compiler stores numbers, so the tool shows the same.
+// The bytes come from EncodeSingle (core/single_encoding.h), the routine by
+// which the compiler stores its Single constants, so the tool shows the same;
+// "exact value" is the rounded 24-bit value, also where a lost carry makes the
+// bytes read as less.
 Ieee754Texts ToIeee754(double x);
 
 // The number that four bytes stand for; nullopt when the text is not eight

@@ -186,6 +186,34 @@ TEST_F(MbsimTest, OffsetStartAndBench) {
     EXPECT_NE(r.out.find(" instructions per second\n"), std::string::npos);
 }
 
+TEST_F(MbsimTest, DumpsMemoryAfterTheProgramsOutput) {
+    Write("poke.obj", {
+                          0x21, 0x00, 0x80,  // 0000 LD HL,8000H
+                          0x36, 0x41,        // 0003 LD (HL),41H
+                          0x23,              // 0005 INC HL
+                          0x36, 0x42,        // 0006 LD (HL),42H
+                          0x3E, 'H',         // 0008 LD A,'H'
+                          0xD3, 0x01,        // 000A OUT (01H),A
+                          0x76,              // 000C HALT
+                      });
+    // Rows start at FROM, 16 bytes each; the last one stops at TO.
+    const Result r = Run("--out-port 1 --dump 7FFE-8011 poke.obj");
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out,
+              "H\n"
+              "7FFE: 00 00 41 42 00 00 00 00 00 00 00 00 00 00 00 00\n"
+              "800E: 00 00 00 00\n");
+
+    // Without output of its own the dump is all; one byte, and the H form.
+    const Result one = Run("--dump 0003H-0003H poke.obj");
+    EXPECT_EQ(one.status, 0) << one.err;
+    EXPECT_EQ(one.out, "0003: 36\n");
+
+    // The top of memory ends the last row without running past it.
+    const Result top = Run("--dump FFF8-FFFF poke.obj");
+    EXPECT_EQ(top.out, "FFF8: 00 00 00 00 00 00 00 00\n");
+}
+
 TEST_F(MbsimTest, BadInputIsReportedWithStatus2) {
     WriteText("bad.hex", ":0100000041BF\r\n:00000001FF\r\n");  // wrong checksum
     WriteText("empty.obj", "");
@@ -212,6 +240,12 @@ TEST_F(MbsimTest, BadInputIsReportedWithStatus2) {
         {"--max-instructions", "--max-instructions needs a value"},
         {"", "no program file given"},
         {"--log --log-dir nowhere x.obj", "no such folder: nowhere"},
+        {"--dump 8000 x.obj", "--dump: FROM-TO needed: 8000"},
+        {"--dump 80FF-8000 x.obj", "--dump: TO lies below FROM: 80FF-8000"},
+        {"--dump 8000-10000 x.obj", "--dump: addresses are hexadecimal, 0000 to FFFF: 8000-10000"},
+        {"--dump zz-ff x.obj", "--dump: addresses are hexadecimal"},
+        {"--dump -8000 x.obj", "--dump: addresses are hexadecimal"},
+        {"--dump", "--dump needs a value"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args);
@@ -223,6 +257,7 @@ TEST_F(MbsimTest, BadInputIsReportedWithStatus2) {
     const Result help = Run("--help");
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.out.find("Usage: mbsim"), std::string::npos);
+    EXPECT_NE(help.out.find("--dump FROM-TO"), std::string::npos);
 }
 
 }  // namespace

@@ -54,6 +54,9 @@ const char* kUsage =
     "  --log                    write log.txt (one line per instruction)\n"
     "  --iolog                  write io.txt (one line per IN and OUT)\n"
     "  --log-dir DIR            folder of log.txt and io.txt (default: current folder)\n"
+    "  --dump FROM-TO           at the end print memory FROM to TO on stdout, on a new\n"
+    "                           line behind the program's output: rows of 16 bytes\n"
+    "                           \"ADDR: XX XX ...\" (e.g. --dump 8000-80FF)\n"
     "  --bench                  print instructions per second on stdout at the end\n"
     "  --help                   this text\n"
     "Addresses and ports are hexadecimal (0100, 100H or 0x100); N is decimal.\n"
@@ -77,7 +80,18 @@ struct Options {
     bool ioLog = false;
     std::string logDir = ".";
     bool bench = false;
+    int dumpFrom = -1;  // --dump: both ends are included
+    int dumpTo = -1;
 };
+
+// What the program wrote last on stdout, so that the dump begins on a line of
+// its own.
+int lastOutput = '\n';
+
+void WriteOutput(int c) {
+    std::putchar(c);
+    lastOutput = c;
+}
 
 int Fail(const std::string& message) {
     std::cerr << "mbsim: " << message << "\n";
@@ -96,6 +110,28 @@ int ParseHex(std::string text, int limit) {
     }
     const long value = std::strtol(text.c_str(), nullptr, 16);
     return value <= limit ? static_cast<int>(value) : -1;
+}
+
+// "FROM-TO", both hexadecimal addresses as ParseHex takes them; what is wrong
+// with the text, or nothing.
+std::string ParseRange(const std::string& text, int& from, int& to) {
+    const size_t dash = text.find('-');
+    if (dash == std::string::npos) return "FROM-TO needed";
+    from = ParseHex(text.substr(0, dash), 0xFFFF);
+    to = ParseHex(text.substr(dash + 1), 0xFFFF);
+    if (from < 0 || to < 0) return "addresses are hexadecimal, 0000 to FFFF";
+    if (to < from) return "TO lies below FROM";
+    return "";
+}
+
+// Rows of up to 16 bytes from `from` to `to`: "8000: 3E 01 ...".
+void PrintMemory(const mb::Machine& m, int from, int to) {
+    if (lastOutput != '\n') std::putchar('\n');
+    for (int row = from; row <= to; row += 16) {
+        std::string line = mb::pb_hex4(row) + ":";
+        for (int a = row; a <= to && a < row + 16; ++a) line += " " + mb::pb_hex2(m.MemoryImage[a]);
+        std::printf("%s\n", line.c_str());
+    }
 }
 
 // Parses the command line; returns false after printing the reason.
@@ -152,6 +188,13 @@ bool ParseOptions(int argc, char** argv, Options& o, bool& help) {
                 return false;
             }
             o.maxInstructions = v;
+        } else if (arg == "--dump") {
+            if (!next(text)) return false;
+            const std::string problem = ParseRange(text, o.dumpFrom, o.dumpTo);
+            if (!problem.empty()) {
+                Fail("--dump: " + problem + ": " + text);
+                return false;
+            }
         } else if (arg == "--log-dir") {
             if (!next(o.logDir)) return false;
         } else if (arg == "--unofficial") {
@@ -216,7 +259,7 @@ class ConsoleTerminal : public mb::TerminalDevice {
         return true;
     }
     int interm_getbyte() override { return std::getchar() & 0xFF; }
-    void outterm_addbyte(int value) override { std::putchar(value & 0xFF); }
+    void outterm_addbyte(int value) override { WriteOutput(value & 0xFF); }
 };
 
 std::string LowerExtension(const std::string& path) {
@@ -268,7 +311,7 @@ int main(int argc, char** argv) {
     mb::SimLog log;
     mb::RunControl rc(m, host, settings, hooks, log);
     mb::ConsoleStage checks(
-        m, {o.cpm, o.stopAt}, [](int c) { std::putchar(c); },
+        m, {o.cpm, o.stopAt}, [](int c) { WriteOutput(c); },
         [](const std::string& text) { std::cerr << "mbsim: " << text << "\n"; });
     if (o.cpm || o.stopAt >= 0) rc.Debug = &checks;
     rc.InstructionLimit = o.maxInstructions;
@@ -281,6 +324,7 @@ int main(int argc, char** argv) {
     rc.menustart();
     const double seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    if (o.dumpFrom >= 0) PrintMemory(m, o.dumpFrom, o.dumpTo);
     std::fflush(stdout);
     if (o.bench) {
         std::printf("%d instructions in %.3f s: %.0f instructions per second\n", m.InstructionCount,

@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include "assembler/source_text.h"
+#include "compiler/keywords.h"
 #include "compiler/output_text.h"
 #include "core/product.h"
 #include "settings/settings_store.h"
@@ -259,6 +260,7 @@ void Compiler::writeDebugFiles() const {
     };
     write(st_.firstRun ? "z80_debug_adr_log_pass1.txt" : "z80_debug_adr_log.txt",
           addressLogText(st_.outputLines));
+    write("_comp_log.txt", keywordLoadLog());
     if (st_.firstRun) return;
     write("z80_debug_lin_log.txt", lineLogText(st_));
     write("z80_debug_declaration_optim_log.txt", declarationLogText(st_));

@@ -298,6 +298,8 @@ TEST(CompileFrame, DiagnosticFilesHaveTheirColumns) {
               std::string::npos)
         << decl;
     EXPECT_TRUE(b.Exists("z80_debug_adr_log_pass1.txt"));
+    const std::string keywords = b.Read("_comp_log.txt");
+    EXPECT_EQ(keywords.substr(0, keywords.find("\r\n")), "keyword (main): Dim");
 }
 
 }  // namespace

@@ -254,7 +254,7 @@ TEST(Declarations, TheStringLimitIsCheckedInTheSecondRunOnly) {
 TEST(Declarations, ConstantsAndSimDirectivesLeaveTheirComments) {
     BasicRun b("decl_comments");
     ASSERT_EQ(b.Compile(Lines({"Const answer = 42", "Const minus = -5", "Const hex = 0FFH",
-                               "Const name = \"Bench\"", "Const other = answer", "#sim (4000H)=12",
+                               "Const name = \"Bench\"", "Const other = answer", "Const tight=-7", "#sim (4000H)=12",
                                "#simio (10.3)=255", "ASM: LD A,hex"})),
               0);
     const std::string text = b.Asm();
@@ -262,7 +262,8 @@ TEST(Declarations, ConstantsAndSimDirectivesLeaveTheirComments) {
          {";       The value of 'answer' (global) is 42\r\n",
           ";       The value of 'minus' (global) is -5\r\n",
           ";       The value of 'name' (global) is \"Bench\"\r\n",
-          ";       The value of 'other' (global) is 42\r\n", ";     #sim (16384)=12\r\n",
+          ";       The value of 'other' (global) is 42\r\n",
+          ";       The value of 'tight' (global) is -7\r\n", ";     #sim (16384)=12\r\n",
           ";     #simio (10.3)=1\r\n", "\tLD A,0FFh\r\n"}) {
         EXPECT_NE(text.find(line), std::string::npos) << line << "\n" << text;
     }

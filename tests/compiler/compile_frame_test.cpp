@@ -304,3 +304,35 @@ TEST(CompileFrame, DiagnosticFilesHaveTheirColumns) {
 
 }  // namespace
 }  // namespace mb::testing
+
+namespace mb::testing {
+namespace {
+
+TEST(CompileFrame, IncludesOfBothKindsAreAddedBehindTheProgram) {
+    BasicRun b("frame_includes");
+    b.Write("values.bas", Lines({"Const seven = 7", "Dim result As Byte"}));
+    b.Write("lib.asm", "store:\tLD (result),A\r\n\tRET\r\n");
+    // The same file twice declares its names twice.
+    EXPECT_FALSE(
+        b.CompileAndRun(Lines({"Include \"values.bas\", \"values.bas\"", "IncludeASM \"lib.asm\"",
+                               "ASM: LD A,seven", "ASM: CALL store", "End"})));
+    ASSERT_EQ(b.sink.errors.size(), 1u);
+    EXPECT_NE(b.sink.errors[0].find("User element name already used within the same scope."),
+              std::string::npos);
+
+    BasicRun once("frame_includes_once");
+    once.Write("values.bas", Lines({"Const seven = 7", "Dim result As Byte"}));
+    once.Write("lib.asm", "store:\tLD (result),A\r\n\tRET\r\n");
+    ASSERT_TRUE(once.CompileAndRun(Lines({"Include \"values.bas\"", "IncludeASM \"lib.asm\"",
+                                          "ASM: LD A,seven", "ASM: CALL store", "End"})))
+        << once.Failure;
+    EXPECT_EQ(once.run.Byte(once.AddressOf("result")), 7);
+    const std::string text = once.Asm();
+    EXPECT_NE(text.find("; 6: '=================================================="),
+              std::string::npos);
+    EXPECT_NE(text.find("'INCLUDED FROM FILE: " + (once.dir / "lib.asm").string()),
+              std::string::npos);
+}
+
+}  // namespace
+}  // namespace mb::testing

@@ -193,11 +193,12 @@ bool Compiler::performRun(const std::string& editorText) {
 }
 
 bool Compiler::fail(const std::string& message) {
+    if (quiet_ > 0) return false;         // only tried: the caller decides
     if (st_.errorLine > 0) return false;  // the first error ends the compile
     const int count = st_.lineCount();
     st_.errorLine = st_.currentLine < 1 || st_.currentLine > count ? 1 : st_.currentLine;
-    st_.errorMessage = message;
-    sink_.showError(errorPrefix() + message);
+    st_.errorMessage = decodeSourceText(message);  // it may quote the source
+    sink_.showError(errorPrefix() + st_.errorMessage);
     return false;
 }
 

@@ -113,6 +113,22 @@ std::string tasmRewrite(const std::string& line);
 // character, any other byte above 127 stands for itself.
 std::string decodeSourceText(std::string_view text);
 
+// Where a value lives: its type and its offset from the IX base or, for an
+// array element with a variable index, its descriptor: |array offset| *
+// kDescriptorBase + |index offset|.
+inline constexpr int kDescriptorBase = 100000;
+struct Resolved {
+    bool found = false;
+    TypeCode type = kTypeNone;
+    int address = 0;
+    int size = 0;
+};
+
+bool isSignedType(TypeCode type);   // Short, Integer, Long, Single
+bool isIntegerType(TypeCode type);  // the six integer types
+bool isNumericType(TypeCode type);  // integers and Single
+TypeCode signedCounterpart(TypeCode type);
+
 class Compiler {
   public:
     Compiler(SettingsStore& settings, CompileSink& sink, CompilerOptions options = {});
@@ -155,6 +171,12 @@ class Compiler {
     // 1000000 for a quoted token or a string Const, n for a placeholder #[n], else 0.
     int stringConstantAt(const std::string& token) const;
     std::string internalError(const std::string& specifics) const;
+    // Whether text is a number literal (with an optional sign), not a name.
+    bool isNumberText(const std::string& text) const;
+    void needRuntime(int flag);
+    // HL := the address of the element a descriptor names; the index code uses
+    // DE, which protectDE keeps.
+    void emitElementAddress(int descriptor, TypeCode element, bool protectDE);
     int absoluteAddress(int offset) const { return st_.ixBase() + offset; }
     int allocate(int bytes);
     void releaseBytes(int bytes, int offset);
@@ -164,13 +186,82 @@ class Compiler {
     void freeTemp(const std::string& name);
     bool endOfStatement();
 
-    // Loads of plain variables and constants into registers, and stores back.
-    // register is one of A B C E L, BC DE HL, or BC:DE.
+    // Compiles an expression: mode 1 an assignment, 0 a value or a test. result
+    // gets the name of the final value. leftScope: the scope in which the left
+    // side is looked up (argument passing), "" for the current one. With report
+    // false a failure shows nothing and leaves no code.
+    bool compileExpression(const std::string& text, std::string& result,
+                           const std::string& leftScope, int mode, bool report);
+    bool emitAssign(const std::string& dest, const std::string& source,
+                    const std::string& destScope, const std::string& sourceScope);
+    bool emitArithmetic(const std::string& dest, const std::string& left, const std::string& op,
+                        const std::string& right);
+    // Jumps to falseLabel when "left op right" does not hold.
+    bool emitComparison(const std::string& left, const std::string& op, const std::string& right,
+                        const std::string& falseLabel);
+
+    // A name of the program (a variable, an element "a(i)", dot parts "x.LB")
+    // resolved in scope (the current one when empty). A String read as a value
+    // is its first character unless keepString; unsigned types turn signed
+    // unless keepSign. A lookup counts as a use in the first run.
+    Resolved resolve(const std::string& text, bool keepSign, bool keepString,
+                     const std::string& scope = "");
+
+    // Loads of variables, elements and constants into registers, and stores
+    // back. register is one of A B C E L, BC DE HL, or BC:DE; type is the type
+    // the register is to hold. protectDE keeps DE across an element address.
     bool load(TypeCode type, const std::string& reg, TypeCode sourceType, const std::string& text,
-              int address);
+              int address, bool protectDE = false);
     bool store(TypeCode destType, int address, TypeCode sourceType, const std::string& reg);
 
+    // A value of the expression stack: a variable or element, a number, a
+    // string constant, or a temporary.
+    struct Operand {
+        std::string text;  // a Const stands as its value
+        TypeCode type = kTypeNone;
+        int address = 0;
+        bool variable = false, constant = false, stringConstant = false;
+    };
+    Operand operand(const std::string& text, const std::string& scope = "");
+    // The type in which operands are combined: the highest rank of Short,
+    // Integer, Long, Single; unsigned only if no operand is signed.
+    TypeCode commonType(const std::vector<Operand>& operands) const;
+    TypeCode widen(TypeCode a, TypeCode b) const;
+
   private:
+    struct Expression {
+        std::string leftScope;
+        int mode = 0;
+        std::vector<std::string> postfix, stack, postOperations;
+        int lhsEnd = -1;
+        std::size_t position = 0;
+        std::string target, result;
+        TypeCode targetType = kTypeNone;
+        bool done = false;  // an array initialiser compiled
+    };
+    bool expressionBody(const std::string& text, Expression& e);
+    bool openTokens(const std::vector<std::string>& raw, int mode, std::vector<std::string>& infix);
+    bool checkInfix(const std::vector<std::string>& infix);
+    bool toPostfix(const std::vector<std::string>& infix, Expression& e);
+    bool evaluate(Expression& e);
+    std::string destination(const Expression& e, TypeCode type);
+    bool binaryOperator(Expression& e, const std::string& op, const std::string& left,
+                        const std::string& right);
+    bool unaryOperator(Expression& e, const std::string& op, const std::string& value);
+    bool callOperator(Expression& e, const std::string& name);
+    bool logicOperator(Expression& e, const std::string& op, const std::string& left,
+                       const std::string& right);
+    bool complementOperator(Expression& e, const std::string& op, const std::string& value);
+    bool shiftOperator(Expression& e, const std::string& op, const std::string& left,
+                       const std::string& right);
+    bool onlyArithmeticRemains(const Expression& e) const;
+    bool arrayInitialiser(const std::string& text, Expression& e);
+    bool emitArrayInit(int row, std::string list);
+    bool loadOperand(TypeCode work, const std::string& reg, const Operand& o,
+                     bool protectDE = false);
+    void debugLog(const std::string& text);
+    int findFunction(const std::string& name) const;
+
     // Driver.
     bool performRun(const std::string& editorText);
     void resetRun();
@@ -228,6 +319,8 @@ class Compiler {
     bool checkStructure(bool atEnd, bool forNewRoutine);
     std::string openStructureText(bool upToThisLine) const;
     bool notYetCompiled(const std::string& what);
+    bool assignmentStatement(const std::string& text);
+    bool standaloneExpression(const std::string& text);
     bool openRoutine(const std::string& kind, const std::string& name);
     bool closeRoutine(const std::string& kind);
     bool gotoStatement(const std::string& name);
@@ -236,6 +329,12 @@ class Compiler {
     std::string substituteAsmNames(const std::string& text);
     void labelInlineAssembler();
     void clearBytes(int offset, int n);
+    bool resolveElement(const std::string& text, const std::string& scope, Resolved& r);
+    void forceWarnings();
+    void checkForLoopRange(const std::string& array, const std::string& index, int last);
+    bool loadConstant(TypeCode type, const std::string& reg, const std::string& text);
+    void loadByte(const std::string& reg, int address, TypeCode element, bool protectDE);
+    void loadRaw(TypeCode sourceType, const std::string& reg, int address, bool protectDE);
 
     SettingsStore& settings_;
     CompileSink& sink_;
@@ -250,7 +349,12 @@ class Compiler {
     std::unordered_set<std::string> asmLabelsLower_;
     std::string lastDeclarationComment_;
     LineProtection protection_;
-    std::string internalLine_;  // the append routine line being compiled
+    std::unordered_map<int, TypeCode> descriptorIndexTypes_;
+    bool warningsForced_ = false;
+    int depth_ = 0;  // nesting of compileExpression
+    int quiet_ = 0;  // > 0 while an expression is only tried: failures show nothing
+    std::vector<std::string> debugLines_;  // an array range warning turned Show Warnings on
+    std::string internalLine_;             // the append routine line being compiled
 };
 
 }  // namespace mb

@@ -119,7 +119,7 @@ bool Compiler::dispatch(const std::string& text) {
         return closeRoutine(t[2]);
     }
     if (t[1].empty()) return true;
-    if (assignment(t[2]) && !t[3].empty()) return notYetCompiled("Assignments");
+    if (assignment(t[2]) && !t[3].empty()) return assignmentStatement(text);
     static const char* const kStatements[] = {
         "SetStrPtr", "While",  "Wend",   "If",       "Else",      "Endif",       "Select", "Case",
         "EndSelect", "For",    "Next",   "CFor",     "CNext",     "Exit",        "Goto",   "Gosub",
@@ -130,11 +130,15 @@ bool Compiler::dispatch(const std::string& text) {
             return notYetCompiled("The " + std::string(word) + " statement");
         }
     }
-    for (int k = 1; k <= kMaxTokens && !t[k].empty(); ++k) {
-        if (assignment(t[k])) return notYetCompiled("Assignments");
-    }
     if (findProcedure(t[1]) >= 0) return notYetCompiled("Procedure calls");
-    return fail("Syntax error.");
+    for (int k = 1; k <= kMaxTokens && !t[k].empty(); ++k) {
+        if (assignment(t[k])) return assignmentStatement(text);
+    }
+    if (t[2].empty() &&
+        (t[1].find("++") != std::string::npos || t[1].find("--") != std::string::npos)) {
+        return assignmentStatement(text);
+    }
+    return standaloneExpression(text);
 }
 
 bool Compiler::openRoutine(const std::string& kind, const std::string& name) {
@@ -204,6 +208,25 @@ bool Compiler::gosubStatement(const std::string& name) {
         }
     }
     return fail("Incorrect subroutine name.");
+}
+
+bool Compiler::assignmentStatement(const std::string& text) {
+    std::string result;
+    return compileExpression(text, result, "", 1, true);
+}
+
+// A line that is no statement may still be an expression: it compiles when its
+// value is True or a variable (with a warning for the variable), else it is a
+// syntax error.
+bool Compiler::standaloneExpression(const std::string& text) {
+    std::string result;
+    if (!compileExpression(text, result, "", 0, false)) return fail("Syntax error.");
+    if (result == "True") return true;
+    if (findVariable(result) > 0) {
+        warnLine("Standalone expression without an assignment operator.");
+        return true;
+    }
+    return fail("Syntax error.");
 }
 
 bool Compiler::notYetCompiled(const std::string& what) {

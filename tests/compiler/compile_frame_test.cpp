@@ -187,10 +187,8 @@ INSTANTIATE_TEST_SUITE_P(
                   {"Dim a As Byte", "x\xe9\xc3\xa9 = 1"},
                   2,
                   // A lone byte stands for its own character, a UTF-8 pair for one.
-                  "Error in line 2:\r\nx\xc3\xa9\xc3\xa9 = 1\r\nAssignments can not be compiled "
-                  "yet: this version of the compiler takes declarations, Const, #define, #sim, "
-                  "Include, ASM: lines, labels, Goto, Gosub, End, and the frames of Sub, Proc and "
-                  "Function."}),
+                  "Error in line 2:\r\nx\xc3\xa9\xc3\xa9 = 1\r\nVariable not declared: "
+                  "'x\xc3\xa9\xc3\xa9'."}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(CompileFrame, TheEditorIsEmpty) {

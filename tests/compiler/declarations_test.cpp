@@ -254,8 +254,8 @@ TEST(Declarations, TheStringLimitIsCheckedInTheSecondRunOnly) {
 TEST(Declarations, ConstantsAndSimDirectivesLeaveTheirComments) {
     BasicRun b("decl_comments");
     ASSERT_EQ(b.Compile(Lines({"Const answer = 42", "Const minus = -5", "Const hex = 0FFH",
-                               "Const name = \"Bench\"", "Const other = answer", "Const tight=-7", "#sim (4000H)=12",
-                               "#simio (10.3)=255", "ASM: LD A,hex"})),
+                               "Const name = \"Bench\"", "Const other = answer", "Const tight=-7",
+                               "#sim (4000H)=12", "#simio (10.3)=255", "ASM: LD A,hex"})),
               0);
     const std::string text = b.Asm();
     for (const char* line :

@@ -249,6 +249,13 @@ class Compiler {
                         const std::string& right);
     bool unaryOperator(Expression& e, const std::string& op, const std::string& value);
     bool callOperator(Expression& e, const std::string& name);
+    bool builtinOperator(Expression& e, const std::string& name);
+    bool portNumber(const std::string& text, bool input, int& port);
+    bool readBuiltin(Expression& e, const std::string& name, const std::string& arg);
+    bool writeBuiltin(Expression& e, const std::string& name, const std::string& where,
+                      const std::string& value);
+    bool bitBuiltin(Expression& e, const std::string& name, const std::vector<std::string>& args);
+    void bitMask(const Operand& n, bool reset);
     bool logicOperator(Expression& e, const std::string& op, const std::string& left,
                        const std::string& right);
     bool complementOperator(Expression& e, const std::string& op, const std::string& value);

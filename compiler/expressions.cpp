@@ -709,7 +709,227 @@ bool Compiler::callOperator(Expression& e, const std::string& name) {
         e.stack.push_back(element);
         return true;
     }
+    return builtinOperator(e, name);
+}
+
+namespace {
+
+int builtinArgumentCount(const std::string& name) {
+    if (name == "Poke" || name == "Put" || name == "SetBit" || name == "ResetBit" ||
+        name == "InvertBit" || name == "TestBit") {
+        return 2;
+    }
+    if (name == "MakeBit") return 3;
+    return 1;
+}
+
+}  // namespace
+
+bool Compiler::builtinOperator(Expression& e, const std::string& name) {
+    const int count = builtinArgumentCount(name);
+    if (static_cast<int>(e.stack.size()) < count) {
+        return fail("Bad expression: Argument(s) missing somewhere...");
+    }
+    std::vector<std::string> args(e.stack.end() - count, e.stack.end());
+    e.stack.resize(e.stack.size() - count);
+    for (const std::string& a : args) freeTemp(a);
+    if (name == "Peek" || name == "Get") return readBuiltin(e, name, args[0]);
+    if (name == "Poke" || name == "Put") return writeBuiltin(e, name, args[0], args[1]);
+    if (name == "SetBit" || name == "ResetBit" || name == "InvertBit" || name == "TestBit" ||
+        name == "MakeBit") {
+        return bitBuiltin(e, name, args);
+    }
+    static const std::pair<const char*, TypeCode> kConversions[] = {
+        {"CShort", kTypeShort},   {"CInteger", kTypeInteger}, {"CLong", kTypeLong},
+        {"CSingle", kTypeSingle}, {"CUShort", kTypeUShort},   {"CUInteger", kTypeUInteger},
+        {"CULong", kTypeULong}};
+    for (const auto& [word, type] : kConversions) {
+        if (name != word) continue;
+        const std::string temp = newTemp(type);
+        if (temp.empty() || !emitAssign(temp, args[0], "", "")) return false;
+        e.stack.push_back(temp);
+        return true;
+    }
+    static const char* const kMath[] = {"Sqr", "Sin", "Cos", "Tan", "Exp", "Ln", "Log"};
+    for (int k = 0; k < 7; ++k) {
+        if (name != kMath[k]) continue;
+        const Operand x = operand(args[0]);
+        if (!x.variable && !x.constant) return fail("Variable not declared: '" + args[0] + "'.");
+        if (!isNumericType(x.type)) {
+            return fail("Bad expression: Incorrect argument in the expression.");
+        }
+        if (!loadOperand(kTypeSingle, "BC:DE", x)) return false;
+        emitCode("PUSH BC");
+        emitCode("PUSH DE");
+        emitCode("CALL F00" + std::to_string(k + 1));
+        emitCode("POP HL");
+        emitCode("POP HL");
+        needRuntime(kNeedSingleMath);
+        const std::string dest = destination(e, kTypeSingle);
+        if (dest.empty()) return false;
+        const Operand d = operand(dest);
+        if (!store(d.type, d.address, kTypeSingle, "BC:DE")) return false;
+        e.stack.push_back(dest);
+        return true;
+    }
+    if (name == "Pointer") return fail("Pointer function not yet implemented.");
     return notYetCompiled("The " + name + " function");
+}
+
+// A port number: a constant of 0 to 255.
+bool Compiler::portNumber(const std::string& text, bool input, int& port) {
+    const Operand o = operand(text);
+    const std::optional<uint32_t> value =
+        o.constant && !o.stringConstant && o.text[0] != '-' ? readNumber(o.text) : std::nullopt;
+    if (!value || *value > 255) {
+        return fail(input ? "Incorrect input port number." : "Incorrect output port number.");
+    }
+    port = static_cast<int>(*value);
+    return true;
+}
+
+bool Compiler::readBuiltin(Expression& e, const std::string& name, const std::string& arg) {
+    if (name == "Get") {
+        int port = 0;
+        if (!portNumber(arg, true, port)) return false;
+        emitCode("IN A,(" + codeHex2(port) + ")");
+    } else {
+        const Operand a = operand(arg);
+        if (!a.variable && !a.constant) return fail("Variable not declared: '" + arg + "'.");
+        if (a.constant) {
+            long long address = 0;
+            if (!constantValue(kTypeUInteger, a.text, address)) return false;
+            emitCode("LD A,(" + codeHex4(static_cast<int>(address)) + ")");
+        } else {
+            if (!load(kTypeUInteger, "DE", a.type, a.text, a.address)) return false;
+            emitCode("LD A,(DE)");
+        }
+    }
+    const std::string dest = destination(e, kTypeUShort);
+    if (dest.empty()) return false;
+    const Operand d = operand(dest);
+    if (!store(d.type, d.address, kTypeUShort, "A")) return false;
+    e.stack.push_back(dest);
+    return true;
+}
+
+bool Compiler::writeBuiltin(Expression& e, const std::string& name, const std::string& where,
+                            const std::string& value) {
+    const Operand v = operand(value);
+    if (!v.variable && !v.constant) return fail("Variable not declared: '" + value + "'.");
+    if (name == "Put") {
+        int port = 0;
+        if (!portNumber(where, false, port)) return false;
+        if (!loadOperand(kTypeUShort, "A", v)) return false;
+        emitCode("OUT (" + codeHex2(port) + "),A");
+    } else {
+        const Operand a = operand(where);
+        if (!a.variable && !a.constant) return fail("Variable not declared: '" + where + "'.");
+        if (a.constant) {
+            long long address = 0;
+            if (!constantValue(kTypeUInteger, a.text, address)) return false;
+            if (!loadOperand(kTypeUShort, "A", v)) return false;
+            emitCode("LD (" + codeHex4(static_cast<int>(address)) + "),A");
+        } else {
+            if (!load(kTypeUInteger, "DE", a.type, a.text, a.address)) return false;
+            if (!loadOperand(kTypeUShort, "A", v, true)) return false;
+            emitCode("LD (DE),A");
+        }
+    }
+    e.stack.push_back("True");  // a statement: nothing to hand on
+    return true;
+}
+
+bool Compiler::bitBuiltin(Expression& e, const std::string& name,
+                          const std::vector<std::string>& args) {
+    const Operand n = operand(args[0]);
+    const Operand x = operand(args[1]);
+    if (!x.variable || (x.type != kTypeShort && x.type != kTypeUShort)) {
+        return fail(name == "TestBit"
+                        ? "The second argument of TestBit function must be Short or UShort data "
+                          "type variable."
+                        : "The second argument of " + name +
+                              " statement must be Short or UShort data type variable.");
+    }
+    int bit = -1;
+    if (n.constant) {
+        long long value = 0;
+        if (!constantValue(kTypeShort, n.text, value)) return false;
+        if (value < 0 || value > 7) return fail("Incorrect bit number.");
+        bit = static_cast<int>(value);
+    } else if (!n.variable || !isIntegerType(n.type)) {
+        return fail("Incorrect bit number.");
+    }
+    if (name == "MakeBit") {
+        const Operand b = operand(args[2]);
+        if (!(b.type == kTypeBit || (b.constant && !b.stringConstant))) {
+            return fail(
+                "The third argument of MakeBit statement must be Bit data type variable or "
+                "constant.");
+        }
+        if (bit < 0) bitMask(n, false);
+        if (!load(kTypeUShort, "B", x.type, x.text, x.address)) return false;
+        if (b.constant) {
+            long long value = 0;
+            if (!constantValue(kTypeBit, b.text, value)) return false;
+            emitCode(value ? "LD A,0FFH" : "XOR A");
+        } else if (!load(kTypeUShort, "A", kTypeBit, b.text, b.address)) {
+            return false;
+        }
+        emitCode("OR A");
+        if (bit >= 0) {
+            for (const std::string& l :
+                 {std::string("JR NZ,$+2+4"), "RES " + std::to_string(bit) + ",B",
+                  std::string("JR $+2+2"), "SET " + std::to_string(bit) + ",B",
+                  std::string("LD A,B")}) {
+                emitCode(l);
+            }
+        } else {
+            for (const char* l :
+                 {"JR NZ,$+2+6", "LD A,C", "XOR 0FFH", "AND B", "JR $+2+2", "LD A,C", "OR B"}) {
+                emitCode(l);
+            }
+        }
+        if (!store(x.type, x.address, kTypeUShort, "A")) return false;
+        e.stack.push_back("True");
+        return true;
+    }
+    const bool reset = name == "ResetBit";
+    if (bit < 0) bitMask(n, reset);
+    if (!load(kTypeUShort, "A", x.type, x.text, x.address)) return false;
+    const int mask = bit < 0 ? 0 : reset ? (~(1 << bit)) & 0xFF : 1 << bit;
+    const std::string operandText = bit < 0 ? "C" : codeHex2(mask);
+    const char* mnemonic = name == "SetBit" ? "OR " : name == "InvertBit" ? "XOR " : "AND ";
+    emitCode(mnemonic + operandText);
+    if (name != "TestBit") {
+        if (!store(x.type, x.address, kTypeUShort, "A")) return false;
+        e.stack.push_back("True");
+        return true;
+    }
+    for (const char* l : {"JR NZ,$+2+3", "XOR A", "JR Z,$+2+2", "LD A,0FFH"}) emitCode(l);
+    const std::string dest = destination(e, kTypeBit);
+    if (dest.empty()) return false;
+    const Operand d = operand(dest);
+    if (d.type != kTypeBit)
+        return fail("The result of TestBit function must be Bit data type variable.");
+    if (!store(kTypeBit, d.address, kTypeBit, "A")) return false;
+    e.stack.push_back(dest);
+    return true;
+}
+
+// C := a mask with the bit numbered by the variable n set (or, to reset, clear).
+void Compiler::bitMask(const Operand& n, bool reset) {
+    load(kTypeUShort, "B", n.type, n.text, n.address);
+    if (reset) {
+        emitCode("OR 0FFH");
+    } else {
+        emitCode("XOR A");
+        emitCode("SCF");
+    }
+    emitCode("RLA");
+    emitCode("DEC B");
+    emitCode("JP P,$-1-1");
+    emitCode("LD C,A");
 }
 
 // ---------------------------------------------------------------------------

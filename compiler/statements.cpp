@@ -121,10 +121,9 @@ bool Compiler::dispatch(const std::string& text) {
     if (t[1].empty()) return true;
     if (assignment(t[2]) && !t[3].empty()) return assignmentStatement(text);
     static const char* const kStatements[] = {
-        "SetStrPtr", "While",  "Wend",   "If",       "Else",      "Endif",       "Select", "Case",
-        "EndSelect", "For",    "Next",   "CFor",     "CNext",     "Exit",        "Goto",   "Gosub",
-        "Sub",       "Return", "End",    "Proc",     "Function",  "ReturnValue", "Call",   "Print",
-        "Poke",      "Put",    "SetBit", "ResetBit", "InvertBit", "MakeBit"};
+        "SetStrPtr", "While",  "Wend", "If",   "Else",     "Endif",       "Select", "Case",
+        "EndSelect", "For",    "Next", "CFor", "CNext",    "Exit",        "Goto",   "Gosub",
+        "Sub",       "Return", "End",  "Proc", "Function", "ReturnValue", "Call",   "Print"};
     for (const char* word : kStatements) {
         if (t[1] == word || t[1].rfind(std::string(word) + "(", 0) == 0) {
             return notYetCompiled("The " + std::string(word) + " statement");
@@ -137,6 +136,13 @@ bool Compiler::dispatch(const std::string& text) {
     if (t[2].empty() &&
         (t[1].find("++") != std::string::npos || t[1].find("--") != std::string::npos)) {
         return assignmentStatement(text);
+    }
+    for (const char* word : {"Poke", "Put", "SetBit", "ResetBit", "InvertBit", "MakeBit"}) {
+        // Statement builtins: their own messages are worth more than "Syntax error.".
+        if (t[1] == word) {
+            std::string result;
+            return compileExpression(text, result, "", 0, true);
+        }
     }
     return standaloneExpression(text);
 }

@@ -133,6 +133,18 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"constants_in_expressions",
              {"Const stride = 4", "Const base = 1000", "w = base + stride", "s = -stride"},
              {{"w", 1004}, {"s", -4}}},
+        Case{"memory_builtins",
+             {"w = 8000H", "Poke w, 42", "Poke 8001H, 43", "a = Peek(w)", "b = Peek(8001H) + 1"},
+             {{"a", 42}, {"b", 44}}},
+        Case{"bit_statements",
+             {"c = 10", "SetBit 7, c", "ResetBit 1, c", "f = TestBit(3, c)", "g = TestBit(2, c)",
+              "InvertBit 0, c", "MakeBit 2, c, True", "k = 6", "a = 0", "SetBit k, a", "b = 0FFH",
+              "ResetBit k, b", "t = 1", "MakeBit k, t, f"},
+             {{"c", 0x8D}, {"f", 255}, {"g", 0}, {"a", 0x40}, {"b", 0xBF}, {"t", 0x41}}},
+        Case{"conversions",
+             {"c = 200", "w = CInteger(c)", "s = -1", "v = CUInteger(s)", "j = 300",
+              "t = CShort(j)"},
+             {{"w", 200}, {"v", 65535}, {"t", 44}}},
         Case{"parentheses_and_precedence",
              {"a = 2", "b = (a + 3) - (1 + a)", "c = a + 3 & 6"},
              {{"b", 2}, {"c", 4}}}),
@@ -181,6 +193,17 @@ INSTANTIATE_TEST_SUITE_P(
                   "Argument '300' is not a valid UShort type "
                   "constant."},
         ErrorCase{"garbage", "a b c", "Syntax error."},
+        ErrorCase{"port_number", "Put 256, a", "Incorrect output port number."},
+        ErrorCase{"input_port", "a = Get(w)", "Incorrect input port number."},
+        ErrorCase{"bit_number", "SetBit 8, a", "Incorrect bit number."},
+        ErrorCase{"bit_target_type", "SetBit 1, w",
+                  "The second argument of SetBit statement must be Short or UShort data type "
+                  "variable."},
+        ErrorCase{"testbit_result", "a = TestBit(1, b)",
+                  "The result of TestBit function must be Bit data type variable."},
+        ErrorCase{"conversion_constant", "w = CShort(300)",
+                  "Argument '300' is not a valid Short type constant."},
+        ErrorCase{"pointer", "w = Pointer(a)", "Pointer function not yet implemented."},
         ErrorCase{"bit_ordering", "f = f < f",
                   "Comparison operator not allowed for Bit variables."}),
     [](const auto& info) { return std::string(info.param.name); });
@@ -194,6 +217,14 @@ TEST(ExpressionWarnings, OnlyOneAssignmentOperatorStands) {
               std::string::npos)
         << b.State().warningText;
     EXPECT_EQ(b.run.Byte(b.AddressOf("a")), 1);
+}
+
+TEST(ExpressionPorts, PutAndGetReachThePorts) {
+    BasicRun b("expr_ports");
+    ASSERT_TRUE(b.CompileAndRun(
+        Lines({"Dim a As Byte", "a = 40", "Put 1, a + 2", "Put 1, 10", "a = Get(1)", "End"})))
+        << b.Failure;
+    EXPECT_EQ(b.run.Output, "*\n");
 }
 
 TEST(ExpressionCode, AByteSumIsALoadPairAndAnAdd) {

@@ -268,6 +268,7 @@ class Compiler {
                      bool protectDE = false);
     void debugLog(const std::string& text);
     int findFunction(const std::string& name) const;
+    std::string bitOfNumber(const std::string& x);
 
     // Driver.
     bool performRun(const std::string& editorText);
@@ -327,6 +328,7 @@ class Compiler {
     std::string openStructureText(bool upToThisLine) const;
     bool notYetCompiled(const std::string& what);
     bool assignmentStatement(const std::string& text);
+    bool replaceVarAddr(std::string& text);
     bool standaloneExpression(const std::string& text);
     bool openRoutine(const std::string& kind, const std::string& name);
     bool closeRoutine(const std::string& kind);
@@ -360,8 +362,10 @@ class Compiler {
     bool warningsForced_ = false;
     int depth_ = 0;  // nesting of compileExpression
     int quiet_ = 0;  // > 0 while an expression is only tried: failures show nothing
-    std::vector<std::string> debugLines_;  // an array range warning turned Show Warnings on
-    std::string internalLine_;             // the append routine line being compiled
+    std::vector<std::string> debugLines_;
+    std::string expressionText_;  // the statement's expression, for warnings  // an array range
+                                  // warning turned Show Warnings on
+    std::string internalLine_;    // the append routine line being compiled
 };
 
 }  // namespace mb

@@ -776,7 +776,7 @@ std::string Compiler::newTemp(TypeCode type, int length) {
 }
 
 void Compiler::freeTemp(const std::string& name) {
-    for (std::size_t i = 1; i < st_.temps.size(); ++i) {
+    for (std::size_t i = 0; i < st_.temps.size(); ++i) {
         TempRow& row = st_.temps[i];
         if (row.name != name || row.state != 1) continue;
         row.state = 0;

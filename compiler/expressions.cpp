@@ -221,7 +221,10 @@ bool Compiler::compileExpression(const std::string& original, std::string& resul
     Expression e;
     e.leftScope = leftScope;
     e.mode = mode;
-    if (depth_ == 1) debugLines_ = {"Original: " + original};
+    if (depth_ == 1) {
+        debugLines_ = {"Original: " + original};
+        expressionText_ = original;
+    }
     const bool ok = expressionBody(original, e);
     if (ok) result = e.result;
     if (!report) --quiet_;
@@ -489,6 +492,14 @@ bool Compiler::evaluate(Expression& e) {
         const Operand t = operand(e.target, e.leftScope);
         if (!t.variable) return fail("Variable not declared: '" + e.target + "'.");
         e.targetType = t.type;
+        const bool amongOperands = std::find(post.begin() + 1, post.end(), e.target) != post.end();
+        if (run_.resultAsTemp && e.mode == 1 && isNumericType(t.type) &&
+            t.address < kDescriptorBase && e.leftScope.empty() && !amongOperands) {
+            // The target itself serves as the statement's first temporary.
+            if (st_.temps.empty()) st_.temps.emplace_back();
+            st_.temps[0] = {e.target, t.address, t.type, findVariable(e.target), 0, 0};
+            st_.firstTemp = 0;
+        }
     }
     auto pop = [&](std::string& out) {
         if (e.stack.empty()) return false;
@@ -1112,6 +1123,14 @@ bool Compiler::emitComparison(const std::string& leftText, const std::string& op
             else if (cmp == ">=")
                 cmp = "<=";
         }
+        if (r.variable && r.type != kTypeBit && isNumericType(r.type)) {
+            warnLine(std::string(typeNameForMessage(r.type)) + " data type variable '" + r.text +
+                     "' involved in Bit type comparison: " + expressionText_ +
+                     ". Any non-zero value will be interpreted as True...");
+            const std::string bit = bitOfNumber(r.text);
+            if (bit.empty()) return false;
+            r = operand(bit);
+        }
         if (r.variable && r.type != kTypeBit) {
             return fail("Bit data types expected on both sides of comparison operator.");
         }
@@ -1235,13 +1254,21 @@ bool Compiler::emitComparison(const std::string& leftText, const std::string& op
 
 bool Compiler::logicOperator(Expression& e, const std::string& opText, const std::string& left,
                              const std::string& right) {
-    const Operand l = operand(left), r = operand(right);
+    Operand l = operand(left), r = operand(right);
     std::string op = opText;
     TypeCode type = kTypeNone;
     if (l.type == kTypeBit || r.type == kTypeBit) {
-        for (const Operand* o : {&l, &r}) {
+        for (Operand* o : {&l, &r}) {
             if (o->variable && o->type != kTypeBit) {
-                return notYetCompiled("Logical operations between Bit and numeric values");
+                if (!isNumericType(o->type)) {
+                    return fail("Bad expression: Incorrect argument(s) in the expression.");
+                }
+                warnLine(std::string(typeNameForMessage(o->type)) + " data type variable '" +
+                         o->text + "' involved in Bit type logical operation: " + expressionText_ +
+                         ". Any non-zero value will be interpreted as True...");
+                const std::string bit = bitOfNumber(o->text);
+                if (bit.empty()) return false;
+                *o = operand(bit);
             }
         }
         type = kTypeBit;
@@ -1431,6 +1458,19 @@ bool Compiler::emitArrayInit(int row, std::string list) {
 
 void Compiler::debugLog(const std::string& text) {
     if (run_.debugComments) debugLines_.push_back(text);
+}
+
+// A Bit temporary holding x != 0.
+std::string Compiler::bitOfNumber(const std::string& x) {
+    const std::string bit = newTemp(kTypeBit);
+    if (bit.empty()) return "";
+    const std::string label = newLabel();
+    if (!emitAssign(bit, "0", "", "") || !emitComparison(x, "!=", "0", label) ||
+        !emitAssign(bit, "1", "", "")) {
+        return "";
+    }
+    emitLabel(label);
+    return bit;
 }
 
 int Compiler::findFunction(const std::string& name) const {

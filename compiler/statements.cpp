@@ -71,8 +71,40 @@ bool Compiler::compileLine(int i) {
         const std::size_t end = then + 5;
         if (end == text.size() || text[end] == ' ') text.resize(end);
     }
-    if (!dispatch(text)) return false;
+    if (!replaceVarAddr(text) || !dispatch(text)) return false;
     return endOfStatement();
+}
+
+// VarAddr(x) is the address of x, written into the text before the statement
+// is read: "VarAddr(total)" becomes "FEF8H".
+bool Compiler::replaceVarAddr(std::string& text) {
+    static const std::string kWord = "VarAddr(";
+    for (std::size_t at = text.rfind(kWord); at != std::string::npos; at = text.rfind(kWord)) {
+        int depth = 0, deepest = 0;
+        std::size_t end = std::string::npos;
+        for (std::size_t k = at + kWord.size() - 1; k < text.size(); ++k) {
+            if (text[k] == '(') deepest = std::max(deepest, ++depth);
+            if (text[k] == ')' && --depth == 0) {
+                end = k;
+                break;
+            }
+        }
+        if (end == std::string::npos || deepest > 2) {
+            return fail("Syntax error in 'VarAddr'. Improper use of parentheses.");
+        }
+        const std::string whole = text.substr(at, end + 1 - at);
+        const std::string name =
+            TrimText(whole.substr(kWord.size(), whole.size() - kWord.size() - 1));
+        const Resolved r = resolve(name, true, true);
+        if (!r.found || r.address >= kDescriptorBase) {
+            return fail("Error in 'VarAddr'. Incorrect variable name: '" + name + "'.");
+        }
+        const std::string address = pb_hex4(absoluteAddress(r.address)) + "H";
+        for (std::size_t k = text.find(whole); k != std::string::npos; k = text.find(whole, k)) {
+            text.replace(k, whole.size(), address);
+        }
+    }
+    return true;
 }
 
 bool Compiler::dispatch(const std::string& text) {

@@ -145,6 +145,16 @@ INSTANTIATE_TEST_SUITE_P(
              {"c = 200", "w = CInteger(c)", "s = -1", "v = CUInteger(s)", "j = 300",
               "t = CShort(j)"},
              {{"w", 200}, {"v", 65535}, {"t", 44}}},
+        Case{"variable_addresses",
+             {"w = VarAddr(arr)", "v = VarAddr(arr(2)) - VarAddr(arr)",
+              "Poke VarAddr(bytes(3)), 77", "a = bytes(3)"},
+             {{"v", 4}, {"a", 77}}},
+        Case{"bit_logic_and_numbers",
+             {"a = 3", "b = 0", "f = True", "g = f And a", "c = 0", "f = f And b"},
+             {{"g", 255}, {"f", 0}}},
+        Case{"bit_comparisons",
+             {"f = True", "a = 5", "g = f == a", "b = 0", "c = f == b"},
+             {{"g", 255}, {"c", 0}}},
         Case{"parentheses_and_precedence",
              {"a = 2", "b = (a + 3) - (1 + a)", "c = a + 3 & 6"},
              {{"b", 2}, {"c", 4}}}),
@@ -203,6 +213,10 @@ INSTANTIATE_TEST_SUITE_P(
                   "The result of TestBit function must be Bit data type variable."},
         ErrorCase{"conversion_constant", "w = CShort(300)",
                   "Argument '300' is not a valid Short type constant."},
+        ErrorCase{"varaddr_name", "w = VarAddr(nothing)",
+                  "Error in 'VarAddr'. Incorrect variable name: 'nothing'."},
+        ErrorCase{"varaddr_parentheses", "w = VarAddr(a",
+                  "Syntax error in 'VarAddr'. Improper use of parentheses."},
         ErrorCase{"pointer", "w = Pointer(a)", "Pointer function not yet implemented."},
         ErrorCase{"bit_ordering", "f = f < f",
                   "Comparison operator not allowed for Bit variables."}),
@@ -225,6 +239,18 @@ TEST(ExpressionPorts, PutAndGetReachThePorts) {
         Lines({"Dim a As Byte", "a = 40", "Put 1, a + 2", "Put 1, 10", "a = Get(1)", "End"})))
         << b.Failure;
     EXPECT_EQ(b.run.Output, "*\n");
+}
+
+TEST(ExpressionOptions, UseResultAsTempVarBuildsTheResultInPlace) {
+    for (bool inPlace : {false, true}) {
+        BasicRun b("expr_result_as_temp");
+        b.settings.SetSettingInt(kKeyResultAsTemp, inPlace ? 1 : 0);
+        ASSERT_TRUE(b.CompileAndRun(
+            Lines({"Dim a, b, c As Byte", "a = 3", "b = 4", "c = a + b - 1 + a", "End"})))
+            << b.Failure;
+        EXPECT_EQ(b.run.Byte(b.AddressOf("c")), 9);
+        EXPECT_EQ(b.Asm().find("corvalent_temp") == std::string::npos, inPlace);
+    }
 }
 
 TEST(ExpressionCode, AByteSumIsALoadPairAndAnAdd) {

@@ -328,6 +328,8 @@ class Compiler {
     std::string openStructureText(bool upToThisLine) const;
     bool notYetCompiled(const std::string& what);
     bool assignmentStatement(const std::string& text);
+    bool printStatement(const std::string& port, std::string items);
+    bool printNumber(const Operand& value);
     bool replaceVarAddr(std::string& text);
     bool standaloneExpression(const std::string& text);
     bool openRoutine(const std::string& kind, const std::string& name);

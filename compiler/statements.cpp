@@ -150,12 +150,15 @@ bool Compiler::dispatch(const std::string& text) {
     if (t[1] == "End" && (t[2] == "Proc" || t[2] == "Function") && t[3].empty()) {
         return closeRoutine(t[2]);
     }
+    if (t[1] == "Print" && t[2].size() > 1 && t[2].back() == ',' && !t[3].empty()) {
+        return printStatement(t[2].substr(0, t[2].size() - 1), restOfTokens(t, 3));
+    }
     if (t[1].empty()) return true;
     if (assignment(t[2]) && !t[3].empty()) return assignmentStatement(text);
     static const char* const kStatements[] = {
         "SetStrPtr", "While",  "Wend", "If",   "Else",     "Endif",       "Select", "Case",
         "EndSelect", "For",    "Next", "CFor", "CNext",    "Exit",        "Goto",   "Gosub",
-        "Sub",       "Return", "End",  "Proc", "Function", "ReturnValue", "Call",   "Print"};
+        "Sub",       "Return", "End",  "Proc", "Function", "ReturnValue", "Call"};
     for (const char* word : kStatements) {
         if (t[1] == word || t[1].rfind(std::string(word) + "(", 0) == 0) {
             return notYetCompiled("The " + std::string(word) + " statement");
@@ -246,6 +249,96 @@ bool Compiler::gosubStatement(const std::string& name) {
         }
     }
     return fail("Incorrect subroutine name.");
+}
+
+// Print port, item, item...: string constants go out character by character,
+// String variables through the print routine, numbers as decimal text.
+bool Compiler::printStatement(const std::string& portText, std::string items) {
+    int port = 0;
+    if (!portNumber(portText, false, port)) return false;
+    const std::string portCode = codeHex2(port);
+    while (!items.empty()) {
+        const std::string item = nextArgument(items);
+        if (item.empty()) return fail("Syntax error.");
+        const int placeholder = stringConstantAt(item);
+        if (placeholder > 0) {
+            std::string value;
+            if (placeholder < 1000000) {
+                value = st_.stringConstants[placeholder];
+            } else {
+                const int c = findConstant(item);
+                value = c > 0 ? st_.constants[c].value : item.substr(1, item.size() - 2);
+            }
+            for (unsigned char ch : value) {
+                emitCode("LD A," + codeHex2(ch));
+                emitCode("OUT (" + portCode + "),A");
+            }
+            continue;
+        }
+        std::string value;
+        if (!compileExpression(item, value, "", 0, true)) return false;
+        if (!value.empty() && value[0] == '#') value = value.substr(1);
+        const Operand o = operand(value);
+        if (o.variable && o.type == kTypeString) {
+            emitCode("LD C," + portCode);
+            emitCode("LD HL," + codeHex4(absoluteAddress(o.address)));
+            emitCode("CALL P002");
+            needRuntime(kNeedPrint);
+            continue;
+        }
+        if (!printNumber(o)) return false;
+        emitCode("LD C," + portCode);
+        emitCode("CALL P001");
+    }
+    return true;
+}
+
+// The decimal text of a number into PRINT_STR, by the print routine of its type.
+bool Compiler::printNumber(const Operand& value) {
+    Operand o = value;
+    if (!o.variable && !o.constant) return fail("Variable not declared: '" + o.text + "'.");
+    if (o.constant) {
+        const TypeCode type = o.type == kTypeBit ? kTypeBit : commonType({o});
+        if (type == kTypeNone)
+            return fail("Bad expression: Incorrect argument(s) in the expression.");
+        const std::string temp = newTemp(type);
+        if (temp.empty() || !emitAssign(temp, o.text, "", "")) return false;
+        o = operand(temp);
+    }
+    needRuntime(kNeedPrint);
+    struct Printer {
+        TypeCode type;
+        const char* reg;
+        const char* call;
+        int flag;
+    };
+    static const Printer kPrinters[] = {
+        {kTypeBit, "E", "CALL P301", kNeedBitPrint},
+        {kTypeShort, "E", "CALL P201", kNeedShortPrint},
+        {kTypeUShort, "E", "CALL P211", kNeedShortPrint},
+        {kTypeInteger, "DE", "CALL P101", kNeedIntegerPrint},
+        {kTypeUInteger, "DE", "CALL P111", kNeedIntegerPrint},
+        {kTypeLong, "BC:DE", "CALL P401", kNeedLongPrint},
+        {kTypeULong, "BC:DE", "CALL P411", kNeedLongPrint},
+        {kTypeSingle, "BC:DE", "CALL P501", kNeedSinglePrint},
+    };
+    for (const Printer& p : kPrinters) {
+        if (p.type != o.type) continue;
+        if (!load(o.type, p.reg, o.type, o.text, o.address)) return false;
+        emitCode(p.call);
+        needRuntime(p.flag);
+        if (p.type == kTypeInteger || p.type == kTypeUInteger) needRuntime(kNeedIntegerDivide);
+        if (p.type == kTypeShort || p.type == kTypeUShort) needRuntime(kNeedShortDivide);
+        if (p.type == kTypeLong || p.type == kTypeULong) needRuntime(kNeedLongDivide);
+        if (p.type == kTypeSingle) {
+            for (int flag : {kNeedLongPrint, kNeedLongDivide, kNeedSingleSubtract,
+                             kNeedSingleMultiply, kNeedSingleToLong, kNeedLongToSingle}) {
+                needRuntime(flag);
+            }
+        }
+        return true;
+    }
+    return fail("Bad expression: Incorrect argument(s) in the expression.");
 }
 
 bool Compiler::assignmentStatement(const std::string& text) {

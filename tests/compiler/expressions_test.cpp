@@ -217,6 +217,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "Error in 'VarAddr'. Incorrect variable name: 'nothing'."},
         ErrorCase{"varaddr_parentheses", "w = VarAddr(a",
                   "Syntax error in 'VarAddr'. Improper use of parentheses."},
+        ErrorCase{"print_port", "Print 256, a", "Incorrect output port number."},
         ErrorCase{"pointer", "w = Pointer(a)", "Pointer function not yet implemented."},
         ErrorCase{"bit_ordering", "f = f < f",
                   "Comparison operator not allowed for Bit variables."}),
@@ -251,6 +252,21 @@ TEST(ExpressionOptions, UseResultAsTempVarBuildsTheResultInPlace) {
         EXPECT_EQ(b.run.Byte(b.AddressOf("c")), 9);
         EXPECT_EQ(b.Asm().find("corvalent_temp") == std::string::npos, inPlace);
     }
+}
+
+TEST(PrintStatement, StringConstantsGoOutCharacterByCharacter) {
+    BasicRun b("print_constants");
+    ASSERT_TRUE(
+        b.CompileAndRun(Lines({"Const greeting = \"Hi\"", "Print 1, greeting, \" there\", CrLf",
+                               "Print 2, \"not here\"", "Print 1, Qt, \"\"\"\"", "End"})))
+        << b.Failure;
+    EXPECT_EQ(b.run.Output, "Hi there\r\n\"\"");
+    BasicRun two("print_two_out");
+    ASSERT_EQ(two.Compile(Lines({"Print 0, \"AB\""})), 0);
+    const std::string text = two.Asm();
+    EXPECT_NE(text.find("\tLD A,41H\r\n\tOUT (00H),A\r\n\tLD A,42H\r\n\tOUT (00H),A\r\n"),
+              std::string::npos);
+    EXPECT_EQ(text.find("PRINT_STR"), std::string::npos);  // no library routine
 }
 
 TEST(ExpressionCode, AByteSumIsALoadPairAndAnAdd) {

@@ -702,7 +702,17 @@ bool Compiler::unaryOperator(Expression& e, const std::string& op, const std::st
         return true;
     }
     if (op == "~" || op == "!") return complementOperator(e, op, value);
-    if (op == "#") return notYetCompiled("The # print form");
+    if (op == "#") {
+        // The decimal text of a number: a lone "#x" is left for its consumer.
+        const bool last = e.position + 1 == e.postfix.size();
+        if (e.postfix.size() == 2 || (last && !run_.asciiPrintTemp)) {
+            debugLog("no evaluation: #");
+            e.stack.push_back("#" + value);
+            return true;
+        }
+        if (!run_.asciiPrintTemp) return fail("Bad expression: Improper use of # operator.");
+        return notYetCompiled("Numbers turned into text by #");
+    }
     return fail("Bad expression: Improper use of " + op + "...");
 }
 

@@ -13,6 +13,8 @@
 ;	alone: F072 add and F071 subtract with the left operand on the
 ;	stack, F054 the negated add (BCDE - stack), F053 multiply, F050
 ;	divide, F010 normalise and pack, F065 compare with a constant.
+;	The add, multiply and divide are copies of A201, M201 and D201
+;	under labels of their own: a change there belongs here too.
 F001:	CALL F088
 	CALL F101
 	POP IX
@@ -117,8 +119,8 @@ F105:	LD A,(0FF1EH)
 	RET
 ; Cos of BCDE. The argument is reduced modulo 2 pi (F063), and the
 ; comparisons with pi/2, pi and 3 pi/2 choose a quadrant path; each
-; path brings the value into the first quadrant, where the polynomial
-; in its square (F068) gives the cosine, with the quadrant's sign.
+; path brings the value into the first quadrant, where F068 gives the
+; cosine by a polynomial in its square, with the quadrant's sign.
 F201:	RES 7,B			; cos is even
 	CALL F063
 	LD HL,F901
@@ -153,6 +155,9 @@ F074:	PUSH BC			; pi to 3 pi/2: -cos (y - pi)
 	CALL F071
 F077:	CALL F068
 	LD A,B
+	OR C
+	RET Z			; 0 keeps its plus sign
+	LD A,B
 	XOR 80H
 	LD B,A
 	RET
@@ -161,14 +166,41 @@ F075:	PUSH BC			; 3 pi/2 to 2 pi: cos (2 pi - y)
 	LD BC,40C9H
 	LD DE,0FDBH
 	CALL F054
-F068:	PUSH BC			; the polynomial in w = y * y
+; The first quadrant, y from 0 to pi/2: up to pi/4 the cosine polynomial
+; in w = y * y; above it sin t with t = pi/2 - y (exact), as t times a
+; polynomial in t * t, so that the result keeps its precision near pi/2.
+F068:	LD HL,F909
+	CALL F065
+	JR NC,F078
+	PUSH BC
 	PUSH DE
 	CALL F053
-	LD (0FF0EH),DE
+	LD (0FF0EH),DE		; w
 	LD (0FF10H),BC
 	LD HL,F910
-	LD A,6
+	LD A,5
 	JP F069
+F078:	PUSH BC
+	PUSH DE
+	LD BC,3FC9H
+	LD DE,0FDBH
+	CALL F054		; t = pi/2 - y
+	LD (0FF0AH),DE
+	LD (0FF0CH),BC
+	PUSH BC
+	PUSH DE
+	CALL F053
+	LD (0FF0EH),DE		; w = t * t
+	LD (0FF10H),BC
+	LD HL,F911
+	LD A,4
+	CALL F069
+	PUSH BC
+	PUSH DE
+	LD DE,(0FF0AH)
+	LD BC,(0FF0CH)
+	CALL F053		; * t
+	RET
 ; BCDE := x - floor(x / 2 pi) * 2 pi for x >= 0, then its magnitude
 ; (a quotient rounded up to a whole number leaves a small negative).
 F063:	PUSH BC			; x, for the subtraction at the end
@@ -226,7 +258,8 @@ F221:	PUSH BC
 	LD DE,(0FF16H)
 	LD BC,(0FF18H)
 	CALL F201
-	JP F050
+	CALL F050		; Sin / Cos
+	RET
 ; Exp of BCDE. Above 88.72284 it overflows; below -104 it is 0.
 ; x = k ln 2 + r with k = floor(x / ln 2 + 1/2): r is taken in two steps,
 ; x - k * 0.693359375 (exact) - k * -2.1219444E-4, so that ln 2 holds
@@ -319,10 +352,12 @@ F305:	OR L
 	LD B,A			; and bits 7..1
 	RET
 ; Ln of BCDE, for x > 0. F095 splits x into a significand f from 0.5
-; to 1 and an exponent e; below sqrt(1/2) f is doubled (e one less),
-; so that f lies from 0.7071 to 1.4142. F097: with z = (f - 1) / (f + 1)
-; and w = z * z, ln f = z * (a + b / (c - w)), which holds the format's
-; precision for |z| up to 0.1716; e * ln 2 is added.
+; to 1 and an exponent e; below sqrt(1/2) f is doubled (e one less), so
+; that f lies from 0.7071 to 1.4142. F097: with u = f - 1 (exact),
+; s = u / (2 + u) and w = s * s, ln f = 2 artanh s = u - s * (u - R),
+; R = w * P(w) with P a polynomial that holds the format's precision for
+; |s| up to 0.1716; u stays exact, so that ln x near 1 keeps all its
+; digits. e * ln 2 is added.
 F401:	LD A,C
 	RLA
 	LD A,B
@@ -347,56 +382,51 @@ F095:	SUB 7EH
 	SET 7,C			; below sqrt(1/2): f * 2
 	DEC HL
 F403:	LD (0FF12H),HL		; e
-	LD (0FF02H),DE		; f
+	PUSH BC
+	PUSH DE
+	LD BC,3F80H
+	LD DE,0
+	CALL F071		; u = f - 1
+F097:	LD (0FF02H),DE
 	LD (0FF04H),BC
 	PUSH BC
+	PUSH DE			; u, the dividend
+	PUSH BC
 	PUSH DE
-	LD BC,3F80H
+	LD BC,4000H
 	LD DE,0
-	CALL F072		; f + 1
+	CALL F072		; 2 + u
+	CALL F050		; s
 	LD (0FF0AH),DE
 	LD (0FF0CH),BC
-	LD DE,(0FF02H)
-	LD BC,(0FF04H)
 	PUSH BC
 	PUSH DE
-	LD BC,3F80H
-	LD DE,0
-	CALL F071		; f - 1, exact
-	PUSH BC
-	PUSH DE
-	LD DE,(0FF0AH)
-	LD BC,(0FF0CH)
-	CALL F050		; z
-F097:	LD (0FF0AH),DE
-	LD (0FF0CH),BC
-	PUSH BC
-	PUSH DE
-	CALL F053		; w
-	PUSH BC
-	PUSH DE
-	LD BC,3FD4H
-	LD DE,3FC9H		; c
-	CALL F054		; c - w
-	LD (0FF0EH),DE
+	CALL F053
+	LD (0FF0EH),DE		; w
 	LD (0FF10H),BC
-	LD BC,3FEAH
-	LD DE,0A038H		; b
+	LD HL,F912
+	LD A,3
+	CALL F069		; P(w)
 	PUSH BC
 	PUSH DE
 	LD DE,(0FF0EH)
 	LD BC,(0FF10H)
-	CALL F050
-	PUSH BC
-	PUSH DE
-	LD BC,3F65H
-	LD DE,02C5H		; a
-	CALL F072
+	CALL F053		; R
+	LD HL,(0FF04H)
+	PUSH HL
+	LD HL,(0FF02H)
+	PUSH HL
+	CALL F054		; R - u
 	PUSH BC
 	PUSH DE
 	LD DE,(0FF0AH)
 	LD BC,(0FF0CH)
-	CALL F053		; ln f
+	CALL F053		; s * (R - u)
+	LD HL,(0FF04H)
+	PUSH HL
+	LD HL,(0FF02H)
+	PUSH HL
+	CALL F072		; ln f = u + s * (R - u)
 	LD HL,(0FF12H)
 	LD A,H
 	OR L
@@ -413,7 +443,8 @@ F097:	LD (0FF0AH),DE
 	PUSH DE
 	LD DE,(0FF0AH)
 	LD BC,(0FF0CH)
-	JP F072
+	CALL F072		; + ln f
+	RET
 ; Horner's rule: the polynomial whose A coefficients stand at HL, the
 ; highest power first, in the value w at 0FF0EH.
 F069:	LD (0FF42H),A		; coefficients left
@@ -1048,18 +1079,27 @@ F905:	.DW 7218H,42B1H		; 88.72284
 F906:	.DW 0000H,42D0H		; 104
 F907:	.DW 04F3H,3F35H		; sqrt(1/2)
 F908:	.DW 1D7DH,2690H		; 1E-15
-; cos y for y up to pi/2, in w = y * y, the highest power first.
-F910:	.DW 0015H,0B48CH		; -2.60770917748232e-07
-	.DW 0B79FH,37CFH		; 2.47618281719042e-05
-	.DW 09BDH,0BAB6H		; -0.0013888400280848145
-	.DW 0AAA4H,3D2AH		; 0.04166664183139801
+F909:	.DW 0FDBH,3F49H		; pi/4
+; cos y for y up to pi/4, in w = y * y, the highest power first.
+F910:	.DW 9705H,37CCH		; 2.4389019e-05
+	.DW 042AH,0BAB6H		; -0.0013886739
+	.DW 0AA9FH,3D2AH		; 0.0416666232
 	.DW 0000H,0BF00H		; -0.5
-	.DW 0000H,3F80H		; 1.0
+	.DW 0000H,3F80H		; 1
+; sin t / t for t up to pi/4, in w = t * t.
+F911:	.DW 9D53H,0B94CH		; -0.000195135639
+	.DW 8381H,3C08H		; 0.00833213422
+	.DW 0AAA2H,0BE2AH		; -0.166666538
+	.DW 0000H,3F80H		; 1
+; P(w) of the logarithm, for w up to 0.02944.
+F912:	.DW 0F732H,3E98H		; 0.298760951
+	.DW 0AF1BH,3ECCH		; 0.399773449
+	.DW 0AABDH,3F2AH		; 0.666667759
 ; exp r for r up to ln 2 / 2 in magnitude, the highest power first.
-F920:	.DW 43DAH,3AB5H		; 0.0013829425442963839
-	.DW 3656H,3C09H		; 0.008374771103262901
-	.DW 0AC71H,3D2AH		; 0.0416683591902256
-	.DW 0AA06H,3E2AH		; 0.1666642129421234
-	.DW 0FFFDH,3EFFH		; 0.49999991059303284
-	.DW 0000H,3F80H		; 1.0
-	.DW 0000H,3F80H		; 1.0
+F920:	.DW 43DAH,3AB5H		; 0.00138294254
+	.DW 3656H,3C09H		; 0.0083747711
+	.DW 0AC71H,3D2AH		; 0.0416683592
+	.DW 0AA06H,3E2AH		; 0.166664213
+	.DW 0FFFDH,3EFFH		; 0.499999911
+	.DW 0000H,3F80H		; 1
+	.DW 0000H,3F80H		; 1

@@ -84,7 +84,7 @@ inline std::string RecordDriver() {
            "\tLD L,(IX+6)\r\n\tLD H,(IX+7)\r\n"
            "\tLD A,(IX+13)\r\n\tRRA\r\n\tLD A,(IX+0)\r\n"
            "\tCALL ZCALL\r\n"
-           "\tLD (IX+16),A\r\n"
+           "ZBACK:\tLD (IX+16),A\r\n"
            "\tLD (IX+18),C\r\n\tLD (IX+19),B\r\n\tLD (IX+20),E\r\n\tLD (IX+21),D\r\n"
            "\tLD (IX+22),L\r\n\tLD (IX+23),H\r\n"
            "\tPUSH AF\r\n\tPOP HL\r\n\tLD (IX+17),L\r\n"

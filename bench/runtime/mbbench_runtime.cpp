@@ -40,7 +40,8 @@ uint32_t S(double value) {
 // A Single from 10^-2 to 10^3 with a random sign.
 uint32_t TypicalSingle(std::mt19937& rng) {
     const double magnitude = std::pow(10.0, -2.0 + 5.0 * (rng() % 10000) / 10000.0);
-    return S(rng() % 2 ? magnitude : -magnitude);
+    const bool negative = rng() % 2;
+    return S(negative ? -magnitude : magnitude);
 }
 
 double Uniform(std::mt19937& rng, double from, double to) {
@@ -145,83 +146,85 @@ int main() {
         return 1;
     }
 
-    auto word = [](std::mt19937& rng) { return static_cast<int>(rng() & 0xFFFF); };
-    auto longValue = [](std::mt19937& rng) { return static_cast<uint32_t>(rng()); };
+    // Every draw in its own statement, so that the operands are the same
+    // with every compiler.
+    auto word = [](std::mt19937& r) { return static_cast<int>(r() & 0xFFFF); };
+    auto twoWords = [&](std::mt19937& r) {
+        const int left = word(r);
+        return Registers(static_cast<uint32_t>(word(r)), left);
+    };
+    auto divisorAndWord = [&](std::mt19937& r) {
+        const int dividend = word(r);
+        return Registers(1 + r() % 1000, dividend);
+    };
+    auto twoLongs = [](std::mt19937& r) {
+        const uint32_t left = r();
+        return Stacked(left, r());
+    };
+    auto longAndDivisor = [](std::mt19937& r) {
+        const uint32_t left = r();
+        return Stacked(left, 1 + r() % 100000);
+    };
+    auto twoSingles = [](std::mt19937& r) {
+        const uint32_t left = TypicalSingle(r);
+        return Stacked(left, TypicalSingle(r));
+    };
+    auto twoBytes = [](std::mt19937& r) {
+        const int a = static_cast<int>(r() & 0xFF);
+        return Registers(0, static_cast<int>(r() & 0xFF), a);
+    };
+    auto byteAndDivisor = [](std::mt19937& r) {
+        const int a = static_cast<int>(r() & 0xFF);
+        return Registers(0, static_cast<int>(1 + r() % 20), a);
+    };
+    auto argument = [](double from, double to) {
+        return [=](std::mt19937& r) { return Argument(S(Uniform(r, from, to))); };
+    };
     const std::vector<Measure> measures = {
-        {"M001", kNeedIntegerMultiply, "16-bit multiply",
-         [&](auto& r) { return Registers(static_cast<uint32_t>(word(r)), word(r)); }},
-        {"D011", kNeedIntegerDivide, "16-bit divide, unsigned",
-         [&](auto& r) { return Registers(1 + r() % 1000, word(r)); }},
-        {"D001", kNeedIntegerDivide, "16-bit divide, signed",
-         [&](auto& r) { return Registers(1 + r() % 1000, word(r)); }},
-        {"C001", kNeedIntegerCompare, "16-bit compare",
-         [&](auto& r) { return Registers(static_cast<uint32_t>(word(r)), word(r)); }},
-        {"A101", kNeedLongAdd, "32-bit add",
-         [&](auto& r) { return Stacked(longValue(r), longValue(r)); }},
-        {"S101", kNeedLongSubtract, "32-bit subtract",
-         [&](auto& r) { return Stacked(longValue(r), longValue(r)); }},
-        {"M101", kNeedLongMultiply, "32-bit multiply",
-         [&](auto& r) { return Stacked(longValue(r), longValue(r)); }},
-        {"D121", kNeedLongDivide, "32-bit divide, unsigned",
-         [&](auto& r) { return Stacked(longValue(r), 1 + r() % 100000); }},
-        {"D101", kNeedLongDivide, "32-bit divide, signed",
-         [&](auto& r) { return Stacked(longValue(r), 1 + r() % 100000); }},
-        {"C101", kNeedLongCompare, "32-bit compare",
-         [&](auto& r) { return Stacked(longValue(r), longValue(r)); }},
-        {"A201", kNeedSingleAdd, "Single add",
-         [&](auto& r) { return Stacked(TypicalSingle(r), TypicalSingle(r)); }},
-        {"S201", kNeedSingleSubtract, "Single subtract",
-         [&](auto& r) { return Stacked(TypicalSingle(r), TypicalSingle(r)); }},
-        {"M201", kNeedSingleMultiply, "Single multiply",
-         [&](auto& r) { return Stacked(TypicalSingle(r), TypicalSingle(r)); }},
-        {"D201", kNeedSingleDivide, "Single divide",
-         [&](auto& r) { return Stacked(TypicalSingle(r), TypicalSingle(r)); }},
-        {"C201", kNeedSingleCompare, "Single equality",
-         [&](auto& r) { return Stacked(TypicalSingle(r), TypicalSingle(r)); }},
-        {"C202", kNeedSingleCompare, "Single ordering",
-         [&](auto& r) { return Stacked(TypicalSingle(r), TypicalSingle(r)); }},
-        {"F001", kNeedSingleMath, "Sqr",
-         [&](auto& r) { return Argument(S(Uniform(r, 0.01, 1000))); }},
-        {"F002", kNeedSingleMath, "Sin",
-         [&](auto& r) { return Argument(S(Uniform(r, -3.14, 3.14))); }},
-        {"F003", kNeedSingleMath, "Cos",
-         [&](auto& r) { return Argument(S(Uniform(r, -3.14, 3.14))); }},
-        {"F004", kNeedSingleMath, "Tan",
-         [&](auto& r) { return Argument(S(Uniform(r, -1.5, 1.5))); }},
-        {"F005", kNeedSingleMath, "Exp", [&](auto& r) { return Argument(S(Uniform(r, -10, 10))); }},
-        {"F006", kNeedSingleMath, "Ln",
-         [&](auto& r) { return Argument(S(Uniform(r, 0.01, 1000))); }},
-        {"F007", kNeedSingleMath, "Log",
-         [&](auto& r) { return Argument(S(Uniform(r, 0.01, 1000))); }},
-        {"M01", kNeedShortMultiply, "8-bit multiply",
-         [&](auto& r) {
-             return Registers(0, static_cast<int>(r() & 0xFF), static_cast<int>(r() & 0xFF));
-         }},
+        {"M001", kNeedIntegerMultiply, "16-bit multiply", twoWords},
+        {"D011", kNeedIntegerDivide, "16-bit divide, unsigned", divisorAndWord},
+        {"D001", kNeedIntegerDivide, "16-bit divide, signed", divisorAndWord},
+        {"C001", kNeedIntegerCompare, "16-bit compare", twoWords},
+        {"A101", kNeedLongAdd, "32-bit add", twoLongs},
+        {"S101", kNeedLongSubtract, "32-bit subtract", twoLongs},
+        {"M101", kNeedLongMultiply, "32-bit multiply", twoLongs},
+        {"D121", kNeedLongDivide, "32-bit divide, unsigned", longAndDivisor},
+        {"D101", kNeedLongDivide, "32-bit divide, signed", longAndDivisor},
+        {"C101", kNeedLongCompare, "32-bit compare", twoLongs},
+        {"A201", kNeedSingleAdd, "Single add", twoSingles},
+        {"S201", kNeedSingleSubtract, "Single subtract", twoSingles},
+        {"M201", kNeedSingleMultiply, "Single multiply", twoSingles},
+        {"D201", kNeedSingleDivide, "Single divide", twoSingles},
+        {"C201", kNeedSingleCompare, "Single equality", twoSingles},
+        {"C202", kNeedSingleCompare, "Single ordering", twoSingles},
+        {"F001", kNeedSingleMath, "Sqr", argument(0.01, 1000)},
+        {"F002", kNeedSingleMath, "Sin", argument(-3.14, 3.14)},
+        {"F003", kNeedSingleMath, "Cos", argument(-3.14, 3.14)},
+        {"F004", kNeedSingleMath, "Tan", argument(-1.5, 1.5)},
+        {"F005", kNeedSingleMath, "Exp", argument(-10, 10)},
+        {"F006", kNeedSingleMath, "Ln", argument(0.01, 1000)},
+        {"F007", kNeedSingleMath, "Log", argument(0.01, 1000)},
+        {"M01", kNeedShortMultiply, "8-bit multiply", twoBytes},
         {"D11", kNeedShortDivide, "8-bit divide, unsigned",
-         [&](auto& r) {
-             return Registers(0, static_cast<int>((1 + r() % 20) << 8 | (r() & 0xFF)));
+         [](std::mt19937& r) {
+             const int dividend = static_cast<int>(r() & 0xFF);
+             return Registers(0, static_cast<int>((1 + r() % 20) << 8) | dividend);
          }},
-        {"D01", kNeedShortDivide, "8-bit divide, signed",
-         [&](auto& r) {
-             return Registers(0, static_cast<int>(1 + r() % 20), static_cast<int>(r() & 0xFF));
-         }},
-        {"C01", kNeedShortCompare, "8-bit compare",
-         [&](auto& r) {
-             return Registers(0, static_cast<int>(r() & 0xFF), static_cast<int>(r() & 0xFF));
-         }},
+        {"D01", kNeedShortDivide, "8-bit divide, signed", byteAndDivisor},
+        {"C01", kNeedShortCompare, "8-bit compare", twoBytes},
         {"X001", kNeedSingleToLong, "Single to Long",
-         [&](auto& r) { return Registers(S(Uniform(r, -100000, 100000))); }},
+         [](std::mt19937& r) { return Registers(S(Uniform(r, -100000, 100000))); }},
         {"X101", kNeedLongToSingle, "Long to Single",
-         [&](auto& r) {
+         [](std::mt19937& r) {
              return Registers(static_cast<uint32_t>(static_cast<int32_t>(r() % 200001) - 100000));
          }},
         {"X111", kNeedLongToSingle, "ULong to Single",
-         [&](auto& r) { return Registers(r() % 200001); }},
+         [](std::mt19937& r) { return Registers(r() % 200001); }},
         {"P101", kNeedIntegerPrint, "Integer print",
-         [&](auto& r) { return Registers(static_cast<uint32_t>(word(r))); }},
-        {"P401", kNeedLongPrint, "Long print", [&](auto& r) { return Registers(longValue(r)); }},
+         [&](std::mt19937& r) { return Registers(static_cast<uint32_t>(word(r))); }},
+        {"P401", kNeedLongPrint, "Long print", [](std::mt19937& r) { return Registers(r()); }},
         {"P501", kNeedSinglePrint, "Single print, 3 decimals",
-         [&](auto& r) { return Registers(TypicalSingle(r)); }},
+         [](std::mt19937& r) { return Registers(TypicalSingle(r)); }},
     };
 
     std::printf("| Routine | Operation | T-states, mean | min - max | Group | Group bytes |\n");

@@ -149,8 +149,7 @@ TEST(RuntimePrint, SingleTextsForEachNumberOfDecimals) {
         // A sweep over the printable range, against the steps in C++.
         std::mt19937 rng(500 + decimals);
         for (int i = 0; i < 1500; ++i) {
-            const uint32_t bits =
-                (rng() & 0x80000000u) | (0x6A + rng() % 0x2E) << 23 | (rng() & 0x7FFFFF);
+            const uint32_t bits = RandomSingle(rng, 0x6A, 0x2E);
             values.push_back(bits);
             texts.push_back(SinglePrintText(bits, decimals));
         }

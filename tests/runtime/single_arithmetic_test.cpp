@@ -68,8 +68,10 @@ std::vector<std::pair<uint32_t, uint32_t>> RandomPairs(uint32_t seed) {
         if (i % 2)
             e2 = static_cast<uint32_t>(
                 std::clamp<int>(static_cast<int>(e1) + static_cast<int>(rng() % 61) - 30, 0, 255));
-        pairs.emplace_back((rng() & 0x80000000u) | e1 << 23 | fraction(),
-                           (rng() & 0x80000000u) | e2 << 23 | fraction());
+        const uint32_t left = (rng() & 0x80000000u) | e1 << 23;
+        const uint32_t leftFraction = fraction();
+        const uint32_t right = (rng() & 0x80000000u) | e2 << 23;
+        pairs.emplace_back(left | leftFraction, right | fraction());
     }
     return pairs;
 }
@@ -222,7 +224,7 @@ TEST_F(SingleRoutines, SingleToLongTruncatesAndKeepsHL) {
     }
     std::mt19937 rng(208);
     for (int i = 0; i < 5000; ++i) {
-        const uint32_t bits = (rng() & 0x80000000u) | (110 + rng() % 60) << 23 | (rng() & 0x7FFFFF);
+        const uint32_t bits = RandomSingle(rng, 110, 60);
         calls.push_back({bits, kPreservedHL});
         expected.push_back(SingleToLong(bits));
     }
@@ -239,7 +241,10 @@ TEST_F(SingleRoutines, LongToSingleRoundsToTheNearestHalvesAway) {
                                     16777217,   16777219,   0x01000001, 1000000000, 0xFFFFFF80,
                                     0x12345678, 0xFEDCBA98, 255,        0x80000001};
     std::mt19937 rng(209);
-    for (int i = 0; i < 5000; ++i) values.push_back(rng() >> (rng() % 32));
+    for (int i = 0; i < 5000; ++i) {
+        const uint32_t value = rng();
+        values.push_back(value >> (rng() % 32));
+    }
     std::vector<RoutineCall> calls;
     for (uint32_t v : values) calls.push_back({v, kPreservedHL});
     const auto signedResults = program_->Call("X101", calls);

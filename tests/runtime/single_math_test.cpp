@@ -182,8 +182,8 @@ TEST_F(SingleMath, PrivateArithmeticAgreesWithTheModel) {
     for (int i = 0; i < 3000; ++i) {
         const uint32_t e1 = rng() % 256;
         const uint32_t e2 = i % 2 ? e1 ^ (rng() % 16) : rng() % 256;
-        pairs.emplace_back((rng() & 0x80000000u) | e1 << 23 | (rng() & 0x7FFFFF),
-                           (rng() & 0x80000000u) | e2 << 23 | (rng() & 0x7FFFFF));
+        const uint32_t left = RandomSingle(rng, e1, 1);
+        pairs.emplace_back(left, RandomSingle(rng, e2, 1));
     }
     pairs.insert(pairs.end(),
                  {{0, 0}, {0x3F800000, 0}, {0x7F800000, 0x40000000}, {0x00800000, 0x00800000}});

@@ -106,7 +106,8 @@ TEST(RuntimeSingleModel, StaysWithinItsRoundingOfTheExactResult) {
     std::mt19937 rng(2024);
     auto normal = [&] {
         const uint32_t exponent = 96 + rng() % 64;  // products stay in range
-        return (rng() & 0x80000000u) | exponent << 23 | (rng() & 0x7FFFFF);
+        const uint32_t sign = rng() & 0x80000000u;
+        return sign | exponent << 23 | (rng() & 0x7FFFFF);
     };
     for (int i = 0; i < 20000; ++i) {
         const uint32_t a = normal();

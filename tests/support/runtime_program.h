@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -58,6 +59,16 @@ struct RoutineResult {
     int ErrorWord = 0;
     int SP = 0;  // after the call and the caller's pops
 };
+
+// A Single from three draws taken in this order (so that a seed gives the same
+// values with every compiler): the sign, the biased exponent from
+// exponentFrom on (exponentCount values), the fraction.
+inline uint32_t RandomSingle(std::mt19937& rng, uint32_t exponentFrom, uint32_t exponentCount) {
+    const uint32_t sign = rng() & 0x80000000u;
+    const uint32_t exponent = exponentFrom + rng() % exponentCount;
+    const uint32_t fraction = rng() & 0x7FFFFF;
+    return sign | exponent << 23 | fraction;
+}
 
 inline std::string RuntimeTestHeader() {
     return "\t.ORG 0000H\r\n"

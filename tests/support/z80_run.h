@@ -4,8 +4,10 @@
 // compiler's end-to-end tests.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -36,7 +38,8 @@ class Z80Run {
     Z80Run() : m_(std::make_unique<Machine>()) {}
 
     // Assembles folder/name silently; the error count (0 on success). The
-    // assembler's error text is kept in AssemblerErrors.
+    // assembler's error text is kept in AssemblerErrors, the labels and their
+    // values in Labels.
     int Assemble(const std::string& folder, const std::string& name) {
         MemorySettingsStore settings;
         AssemblerHost host;
@@ -46,7 +49,16 @@ class Z80Run {
         if (!dir.empty() && dir.back() != '/') dir += '/';
         const int errors = assembler.AssembleSource(dir, name, status);
         AssemblerErrors = errors ? assembler.FormatAssemblerErrors() : "";
+        Labels.clear();
+        const Symbols& symbols = assembler.Session().symbols;
+        for (int i = 1; i <= symbols.Count(); ++i) Labels[symbols.Name(i)] = symbols.Value(i);
         return errors;
+    }
+
+    // The value of a label of the last assembly (upper case), or -1.
+    int Label(const std::string& name) const {
+        const auto it = Labels.find(name);
+        return it == Labels.end() ? -1 : it->second;
     }
 
     // Writes text as folder/name (CR LF as given) and assembles it.
@@ -99,7 +111,20 @@ class Z80Run {
                                                            << 16;
     }
 
+    // Memory written between runs: a program run again (Run starts from 0 and
+    // keeps memory) finds its data there. Low byte first.
+    void SetByte(int address, int value) { m_->MemoryImage[address & 0xFFFF] = value & 0xFF; }
+    void SetWord(int address, int value) {
+        SetByte(address, value);
+        SetByte(address + 1, value >> 8);
+    }
+    void SetLong(int address, uint32_t value) {
+        SetWord(address, static_cast<int>(value & 0xFFFF));
+        SetWord(address + 2, static_cast<int>(value >> 16));
+    }
+
     std::string Output, AssemblerErrors, LoadMessage;
+    std::map<std::string, int> Labels;
 
   private:
     std::unique_ptr<Machine> m_;

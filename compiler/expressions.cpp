@@ -979,6 +979,13 @@ bool Compiler::emitAssign(const std::string& dest, const std::string& source,
     const std::string reg = width == 1   ? "A"
                             : width == 2 ? (s.type == d.type ? "BC" : "HL")
                                          : "BC:DE";
+    if (s.constant && s.type == kTypeSingle && d.type != kTypeSingle) {
+        // A real number into an integer: truncated at run time, as a variable would be.
+        if (!loadConstant(kTypeSingle, "BC:DE", s.text)) return false;
+        emitCode("CALL X001");
+        needRuntime(kNeedSingleToLong);
+        return store(d.type, d.address, kTypeLong, "BC:DE");
+    }
     if (s.constant) {
         if (!loadConstant(d.type, reg, s.text)) return false;
         return store(d.type, d.address, d.type, reg);

@@ -260,10 +260,20 @@ bool Compiler::printStatement(const std::string& portText, std::string items) {
     while (!items.empty()) {
         const std::string item = nextArgument(items);
         if (item.empty()) return fail("Syntax error.");
-        const int placeholder = stringConstantAt(item);
+        // The line-end and quote names stand for their characters also on a line
+        // without double quotes, which the string pass leaves as it is.
+        static const std::pair<const char*, const char*> kNamed[] = {
+            {"CrLf", "\r\n"}, {"Cr", "\r"}, {"Lf", "\n"}, {"Qt", "\""}};
+        const char* named = nullptr;
+        for (const auto& [name, text] : kNamed) {
+            if (item == name && findVariable(item) == 0) named = text;
+        }
+        const int placeholder = named ? 1 : stringConstantAt(item);
         if (placeholder > 0) {
             std::string value;
-            if (placeholder < 1000000) {
+            if (named) {
+                value = named;
+            } else if (placeholder < 1000000) {
                 value = st_.stringConstants[placeholder];
             } else {
                 const int c = findConstant(item);

@@ -363,7 +363,8 @@ bool Compiler::standaloneExpression(const std::string& text) {
     std::string result;
     if (!compileExpression(text, result, "", 0, false)) return fail("Syntax error.");
     if (result == "True") return true;
-    if (findVariable(result) > 0) {
+    if (const int row = findVariable(result);
+        row > 0 && st_.symbols[row].name.rfind("corvalent_temp", 0) != 0) {
         warnLine("Standalone expression without an assignment operator.");
         return true;
     }

@@ -16,22 +16,24 @@
 namespace {
 
 // A program of `lines` lines: declarations of every numeric type and arrays,
-// constants, and statements that read and write the variables.
+// constants, and assignments of mixed arithmetic.
 std::string Program(int lines) {
-    static const char* const kTypes[] = {"Byte", "Integer", "Long", "Word", "Short", "ULong"};
+    static const char* const kTypes[] = {"Byte", "Integer", "Word", "Short", "Long"};
     std::string text = "' generated benchmark program\r\n";
     int written = 1, variables = 0;
     while (written < lines) {
         const int v = variables++;
-        const std::string name = "v" + std::to_string(v);
-        if (v % 10 == 9) {
-            text += "Dim " + name + "(8) As " + kTypes[v % 6] + "\r\n";
+        const std::string name = "v" + std::to_string(v), c = "c" + std::to_string(v);
+        const bool array = v % 10 == 9;
+        text += "Dim " + name + (array ? "(8)" : "") + " As " + kTypes[v % 5] + "\r\n";
+        text += "Const " + c + " = " + std::to_string(v % 40) + "\r\n";
+        if (array) {
+            text += name + "(3) = " + c + " + " + std::to_string(v % 7) + "\r\n";
+            text += name + "(2) = " + name + "(3) - 1\r\n";
         } else {
-            text += "Dim " + name + " As " + kTypes[v % 6] + "\r\n";
+            text += name + " = " + c + " + " + name + "\r\n";
+            text += name + " = " + name + " - " + std::to_string(v % 5 + 1) + " + " + c + "\r\n";
         }
-        text += "Const c" + std::to_string(v) + " = " + std::to_string(v % 200) + "\r\n";
-        text += "ASM: LD A,c" + std::to_string(v) + "\r\n";
-        text += "ASM: LD (" + name + "),A\r\n";
         written += 4;
     }
     return text + "End\r\n";
@@ -73,7 +75,9 @@ int main(int argc, char** argv) {
         const int errors = assembler.AssembleGeneratedSource(dir.string() + "/", "bench");
         const double assembleSeconds = Seconds(start);
         if (errors) {
-            std::fprintf(stderr, "assembly failed with %d errors\n", errors);
+            std::fprintf(
+                stderr, "assembly failed with %d errors:\n%s", errors,
+                mb::DiagnosticLines(assembler.Session(), (dir / "bench.asm").string()).c_str());
             return 1;
         }
         std::printf("%6d lines: compile %.3f s, assemble %.3f s, total %.3f s (%d asm lines)\n",

@@ -68,6 +68,43 @@ TEST(NumericPrograms, EveryOperatorOnEveryIntegerType) {
     }
 }
 
+TEST(NumericPrograms, EveryComparisonOnEveryNumericType) {
+    const std::vector<std::pair<long long, long long>> pairs = {
+        {3, 3},           {3, 7},     {7, 3},          {-5, 4},    {4, -5},
+        {-9, -2},         {200, 100}, {-30000, 30000}, {65000, 1}, {-2000000000, 2000000000},
+        {4000000000LL, 5}};
+    const char* ops[] = {"=", "<>", "<", "<=", ">", ">="};
+    auto holds = [](long long a, const std::string& op, long long b) {
+        if (op == "=") return a == b;
+        if (op == "<>") return a != b;
+        if (op == "<") return a < b;
+        if (op == "<=") return a <= b;
+        if (op == ">") return a > b;
+        return a >= b;
+    };
+    std::vector<NumericType> types(std::begin(kTypes), std::end(kTypes));
+    types.push_back({"Single", 32, true});
+    for (const NumericType& t : types) {
+        const bool single = std::string(t.name) == "Single";
+        std::string program = "Dim a, b As " + std::string(t.name) + "\r\nDim r As Bit\r\n";
+        std::string expected;
+        for (const auto& [x, y] : pairs) {
+            if (single ? (std::llabs(x) > 1000000 || std::llabs(y) > 1000000)
+                       : Wrap(x, t) != x || Wrap(y, t) != y) {
+                continue;
+            }
+            program += "a = " + std::to_string(x) + "\r\nb = " + std::to_string(y) + "\r\n";
+            for (const char* op : ops) {
+                program += std::string("r = a ") + op + " b\r\nPrint 1, r\r\n";
+                expected += holds(x, op, y) ? "1" : "0";
+            }
+        }
+        BasicRun b(std::string("numeric_compare_") + t.name);
+        ASSERT_TRUE(b.CompileAndRun(program)) << t.name << ": " << b.Failure;
+        EXPECT_EQ(b.run.Output, expected) << t.name;
+    }
+}
+
 TEST(NumericPrograms, MixedTypesWidenAndComparisonsOrder) {
     BasicRun b("numeric_mixed");
     ASSERT_TRUE(b.CompileAndRun(Lines({"Dim x As Byte",

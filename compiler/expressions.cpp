@@ -1218,7 +1218,6 @@ bool Compiler::emitComparison(const std::string& leftText, const std::string& op
             return true;
         }
         if (type == kTypeInteger) {
-            emitCode("LD A,H");  // the compare routine starts from the high byte in A
             emitCode("CALL C001");
             needRuntime(kNeedIntegerCompare);
             jumps("C", "NC");

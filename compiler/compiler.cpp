@@ -197,6 +197,7 @@ bool Compiler::fail(const std::string& message) {
     if (st_.errorLine > 0) return false;  // the first error ends the compile
     const int count = st_.lineCount();
     st_.errorLine = st_.currentLine < 1 || st_.currentLine > count ? 1 : st_.currentLine;
+    if (!st_.internalCompile) st_.currentLine = st_.errorLine;
     st_.errorMessage = decodeSourceText(message);  // it may quote the source
     sink_.showError(errorPrefix() + st_.errorMessage);
     return false;

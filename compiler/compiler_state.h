@@ -83,6 +83,9 @@ struct TempRow {
     int symbolRow = 0;
     int length = 0;  // strings
     int state = 0;   // 0 free, 1 in use, 2 held by a post-operation
+    // The scope whose statements use the row. Routines keep rows of their own,
+    // so that a call inside an expression leaves the caller's values alone.
+    std::string scope;
 };
 
 // A row of the User Variables report.
@@ -135,6 +138,33 @@ struct CompilerState {
     std::vector<TempRow> temps;  // row 0 is the assignment target
     int firstTemp = 1;
     std::vector<std::string> structureStack;
+    // Rows of the open flow structures.
+    struct WhileRow {
+        std::string start, end;
+    };
+    struct ForRow {
+        std::string exit, variable, step, start;
+    };
+    struct CForRow {
+        std::string variable, loop, exit;
+    };
+    struct IfRow {
+        std::string falseLabel, endLabel;
+        bool elseSeen = false;
+    };
+    struct SelectRow {
+        std::string selector;
+        int branches = 0;
+    };
+    std::vector<WhileRow> whileStack;
+    std::vector<ForRow> forStack;
+    std::vector<CForRow> cforStack;
+    std::vector<IfRow> ifStack;
+    std::vector<SelectRow> selectStack;
+    // Constant bounds of the innermost For, for the array range checks.
+    std::string forVariable;
+    long long forLow = 0, forHigh = 0;
+    bool forBoundsKnown = false;
     std::vector<std::uint8_t> memoryMap;  // 65536 cells, 1 taken
     int totalRam = 0;
     int labelCounter = 0;

@@ -737,6 +737,7 @@ std::string Compiler::newTemp(TypeCode type, int length) {
     for (std::size_t i = static_cast<std::size_t>(st_.firstTemp); i < st_.temps.size(); ++i) {
         TempRow& row = st_.temps[i];
         if (row.state != 0 || row.type != type || row.name.empty()) continue;
+        if (i > 0 && row.scope != st_.currentScope) continue;
         if (type == kTypeString) {
             if (row.length < length) continue;
             st_.symbols[row.symbolRow].size = length + 1;
@@ -758,7 +759,7 @@ std::string Compiler::newTemp(TypeCode type, int length) {
     }
     st_.addSymbol({name, offset, type == kTypeString ? bytes : 0, type, "global", 0});
     st_.temps.push_back({name, offset, type, static_cast<int>(st_.symbols.size()) - 1,
-                         type == kTypeString ? length : 0, 1});
+                         type == kTypeString ? length : 0, 1, st_.currentScope});
     if (type == kTypeLong || type == kTypeULong) st_.learned.longArithmetic = true;
     if (type == kTypeSingle) st_.learned.singleArithmetic = true;
     if (type == kTypeString) st_.learned.strings = true;

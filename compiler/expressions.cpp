@@ -497,7 +497,7 @@ bool Compiler::evaluate(Expression& e) {
             t.address < kDescriptorBase && e.leftScope.empty() && !amongOperands) {
             // The target itself serves as the statement's first temporary.
             if (st_.temps.empty()) st_.temps.emplace_back();
-            st_.temps[0] = {e.target, t.address, t.type, findVariable(e.target), 0, 0};
+            st_.temps[0] = {e.target, t.address, t.type, findVariable(e.target), 0, 0, ""};
             st_.firstTemp = 0;
         }
     }
@@ -719,7 +719,7 @@ bool Compiler::unaryOperator(Expression& e, const std::string& op, const std::st
 bool Compiler::callOperator(Expression& e, const std::string& name) {
     if (name.size() > 2 && name.compare(name.size() - 2, 2, "()") == 0) {
         const std::string base = name.substr(0, name.size() - 2);
-        if (findFunction(base) >= 0) return notYetCompiled("Function calls");
+        if (findFunction(base) >= 0) return functionCall(e, base);
         if (e.stack.empty()) return fail("Bad expression: Argument(s) missing somewhere...");
         const std::string index = e.stack.back();
         e.stack.pop_back();
@@ -1183,6 +1183,16 @@ bool Compiler::emitComparison(const std::string& leftText, const std::string& op
             emitCode("JP Z," + F);
         }
     };
+    if (type == kTypeBit) {
+        // A Bit constant compares as the value a Bit variable holds: 0 or 255.
+        for (Operand* o : {&l, &r}) {
+            if (!o->constant) continue;
+            long long value = 0;
+            if (!constantValue(kTypeBit, o->text, value)) return false;
+            o->text = std::to_string(value);
+            o->type = kTypeUShort;
+        }
+    }
     if (size == 1) {
         if (!loadOperand(type == kTypeBit ? kTypeUShort : type, "A", l) ||
             !loadOperand(type == kTypeBit ? kTypeUShort : type, "L", r)) {

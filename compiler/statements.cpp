@@ -13,8 +13,8 @@ namespace mb {
 
 // What this version compiles, for the message that names what it does not.
 constexpr const char* kCompiledStatements =
-    "declarations, Const, #define, #sim, Include, ASM: lines, labels, Goto, Gosub, End, and "
-    "the frames of Sub, Proc and Function";
+    "declarations, directives, ASM: lines, numeric expressions and statements, flow "
+    "statements and routines; strings come next";
 
 bool Compiler::codeGeneration() {
     if (st_.learned.needs.Has(kNeedPrint)) {
@@ -122,7 +122,27 @@ bool Compiler::dispatch(const std::string& text) {
         return directive(t);
     }
     if (t[1].compare(0, 4, "ASM:") == 0) return inlineAssembler(text.substr(4));
-    if (t[1] == "End" && t[2].empty()) return endStatement();
+    // A CFor header holds "=" as its second token; it is no assignment.
+    if (t[1].compare(0, 5, "CFor(") == 0 || (t[1] == "CFor" && t[2].compare(0, 1, "(") == 0)) {
+        return cforStatement(text);
+    }
+    if (assignment(t[2]) && !t[3].empty()) return assignmentStatement(text);
+    if (t[1] == "While") return whileStatement(restOfTokens(t, 2));
+    if (t[1] == "Wend" && t[2].empty()) return wendStatement("While");
+    if (t[1] == "If") return ifStatement(restOfTokens(t, 2), st_.lines[st_.currentLine].xlinija);
+    if (t[1] == "Else" && t[2].empty()) return elseStatement();
+    if (t[1] == "Endif" && t[2].empty()) return endifStatement();
+    if (t[1] == "Select" && t[2] == "Case" && !t[3].empty() && t[4].empty()) {
+        return selectStatement(t[3]);
+    }
+    if (t[1] == "Case" && t[2] == "Else" && t[3].empty()) return caseElseStatement();
+    if (t[1] == "Case" && !t[2].empty()) return caseStatement(restOfTokens(t, 2));
+    if (t[1] == "EndSelect" && t[2].empty()) return endSelectStatement();
+    if (t[1] == "For") return forStatement(restOfTokens(t, 2));
+    if (t[1] == "Next" && !t[2].empty() && t[3].empty()) return nextStatement(t[2]);
+    if (t[1] == "Exit" && t[2] == "For" && t[3].empty()) return exitLoop(false);
+    if (t[1] == "CNext" && t[2].empty()) return cnextStatement();
+    if (t[1] == "Exit" && t[2] == "CFor" && t[3].empty()) return exitLoop(true);
     if ((t[1] == "Goto" || t[1] == "Gosub") && !t[2].empty() && t[3].empty()) {
         return t[1] == "Goto" ? gotoStatement(t[2]) : gosubStatement(t[2]);
     }
@@ -135,6 +155,7 @@ bool Compiler::dispatch(const std::string& text) {
     if ((t[1] == "End" && t[2] == "Sub" && t[3].empty()) || (t[1] == "Return" && t[2].empty())) {
         return closeRoutine("Subroutine");
     }
+    if (t[1] == "End" && t[2].empty()) return endStatement();
     if ((t[1] == "Proc" || t[1] == "Function") && !t[2].empty()) {
         const std::string text = restOfTokens(t, 2);
         const std::string name = TrimText(text.substr(0, text.find('(')));
@@ -150,24 +171,19 @@ bool Compiler::dispatch(const std::string& text) {
     if (t[1] == "End" && (t[2] == "Proc" || t[2] == "Function") && t[3].empty()) {
         return closeRoutine(t[2]);
     }
+    if (t[1] == "ReturnValue" && !t[2].empty()) return returnValueStatement(restOfTokens(t, 2));
+    if (t[1] == "Call" && !t[2].empty()) return callStatement(restOfTokens(t, 2));
     if (t[1] == "Print" && t[2].size() > 1 && t[2].back() == ',' && !t[3].empty()) {
         return printStatement(t[2].substr(0, t[2].size() - 1), restOfTokens(t, 3));
     }
-    if (t[1].empty()) return true;
-    if (assignment(t[2]) && !t[3].empty()) return assignmentStatement(text);
-    static const char* const kStatements[] = {
-        "SetStrPtr", "While",  "Wend", "If",   "Else",     "Endif",       "Select", "Case",
-        "EndSelect", "For",    "Next", "CFor", "CNext",    "Exit",        "Goto",   "Gosub",
-        "Sub",       "Return", "End",  "Proc", "Function", "ReturnValue", "Call"};
-    for (const char* word : kStatements) {
-        if (t[1] == word || t[1].rfind(std::string(word) + "(", 0) == 0) {
-            return notYetCompiled("The " + std::string(word) + " statement");
-        }
+    if (findProcedure(t[1]) >= 0 && t[1].find('(') == std::string::npos) {
+        return callStatement(t[1] + "(" + restOfTokens(t, 2) + ")");
     }
-    if (findProcedure(t[1]) >= 0) return notYetCompiled("Procedure calls");
     for (int k = 1; k <= kMaxTokens && !t[k].empty(); ++k) {
         if (assignment(t[k])) return assignmentStatement(text);
     }
+    if (t[1].empty()) return true;
+    if (t[1] == "SetStrPtr") return notYetCompiled("The SetStrPtr statement");
     if (t[2].empty() &&
         (t[1].find("++") != std::string::npos || t[1].find("--") != std::string::npos)) {
         return assignmentStatement(text);

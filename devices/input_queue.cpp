@@ -106,14 +106,15 @@ std::string QueueDisplay(std::string_view chars, std::string_view kinds) {
     return text;
 }
 
-std::string PastedBytes(std::string_view text) {
+std::string PastedBytes(std::string_view text, char previous) {
     std::string bytes;
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\n') {
-            if (i == 0 || text[i - 1] != '\r') bytes += '\r';
-            continue;
+    for (char c : text) {
+        if (c != '\n') {
+            bytes += c;
+        } else if (previous != '\r') {
+            bytes += '\r';
         }
-        bytes += text[i];
+        previous = c;
     }
     return bytes;
 }

@@ -41,8 +41,10 @@ std::string QueueSend(std::string& chars, std::string& kinds, QueueKind kind,
 std::string QueueDisplay(std::string_view chars, std::string_view kinds);
 
 // Text from the clipboard as it goes to a queue: every line ends in 13, whether
-// the text ended its lines in CR LF, LF or CR.
-std::string PastedBytes(std::string_view text);
+// the text ended its lines in CR LF, LF or CR. `previous` is the byte before
+// `text` (0 at the start), so that a CR LF split between two pieces of a
+// stream still ends one line only.
+std::string PastedBytes(std::string_view text, char previous = 0);
 
 // The question of each Send command; `queue` names the queue ("port" or
 // "terminal").

@@ -326,6 +326,7 @@ TEST_F(DevicesTest, SettingsBringTheDevicesBack) {
 TEST(InputQueueText, PastedLinesEndIn13) {
     EXPECT_EQ(PastedBytes("one\r\ntwo\nthree\rfour"), "one\rtwo\rthree\rfour");
     EXPECT_EQ(PastedBytes("\n\n"), "\r\r");
+    EXPECT_EQ(PastedBytes("\nx", '\r'), "x");  // the LF of a CR LF cut in two
 }
 
 TEST(InputQueueText, ScreenLines) {

@@ -98,6 +98,10 @@ void PortDevicesOut(AccessHooks& h, int port, int value) {
     StringOutPort& s = h.OutputString;
     if (s.Enabled && s.Port == port) {
         if (value > 0) s.OutputText += static_cast<char>(value);
+        if (s.OutputText.size() > StringOutPort::kTextLimit) {
+            s.OutputText.erase(0, s.OutputText.size() / 2);
+            ++s.Cuts;
+        }
         changed = true;
     }
     if (changed && h.host) h.host->RefreshViews(kViewDevices);

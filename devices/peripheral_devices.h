@@ -90,7 +90,12 @@ class PeripheralDevices {
 
     // Device 5.
     const std::string& OutputText() const { return hooks_.OutputString.OutputText; }
-    void ClearOutput() { hooks_.OutputString.OutputText.clear(); }
+    void ClearOutput() {
+        hooks_.OutputString.OutputText.clear();
+        ++hooks_.OutputString.Cuts;
+    }
+    // Counts the cuts and clearings of the output text (StringOutPort::Cuts).
+    int OutputCuts() const { return hooks_.OutputString.Cuts; }
 
     // Device 6: Send String, Send Hex Bytes, Send Dec Bytes with the text the
     // user typed; the message ("Incorrect input!") or "".

@@ -226,6 +226,14 @@ TEST_F(DevicesTest, OutputTerminalKeepsWhatThePortReceives) {
     PortOut(m, 1, 'B');
     EXPECT_EQ(devices.OutputText(), "");
 
+    // A long run keeps the newer half of the text.
+    On(kOutputTerminalDevice, "01");
+    const int cuts = devices.OutputCuts();
+    for (size_t i = 0; i <= StringOutPort::kTextLimit; ++i) PortOut(m, 1, 'a' + i % 26);
+    EXPECT_EQ(devices.OutputCuts(), cuts + 1);
+    EXPECT_LE(devices.OutputText().size(), StringOutPort::kTextLimit);
+    EXPECT_EQ(devices.OutputText().back(), 'a' + StringOutPort::kTextLimit % 26);
+
     On(kInputQueueDevice, "01");
     devices.Send(kQueueString, "kept");
     devices.TurnOff(kInputQueueDevice);  // the queue keeps its bytes until Clear

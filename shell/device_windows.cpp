@@ -24,15 +24,18 @@ DeviceWindows::~DeviceWindows() {
     delete portTerminalWindow_;
 }
 
-// The slot forgets the window when it goes: only while it still names that
-// window, since a window may be opened again before the old one is deleted.
+// The slot forgets the window as it closes or goes: only while it still names
+// that window, since a window may be opened again before the old one is
+// deleted.
 template <class Window>
 void DeviceWindows::Track(Window*& slot, Window* window) {
     window->setAttribute(Qt::WA_DeleteOnClose);
     window->message = message_;
-    connect(window, &QObject::destroyed, this, [&slot, window] {
+    auto forget = [&slot, window] {
         if (slot == window) slot = nullptr;
-    });
+    };
+    window->closed = forget;
+    connect(window, &QObject::destroyed, this, forget);
     slot = window;
 }
 

@@ -11,6 +11,7 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QVBoxLayout>
@@ -100,17 +101,17 @@ TerminalWindow::TerminalWindow(Terminal& terminal, SettingsStore& settings, QWid
 
     receivedTimer_.setInterval(kReceivedTickMs);
     connect(&receivedTimer_, &QTimer::timeout, this, [this] { terminal_.ReceivedTick(); });
-    terminal_.changed = [this](int changes) { Changed(changes); };
+    // A window that closed may wait for its deletion while a new one shows
+    // the terminal: the notices go to the newest window only.
+    terminal_.changed = [window = QPointer<TerminalWindow>(this)](int changes) {
+        if (window) window->Changed(changes);
+    };
     ApplyScheme();
     RedrawRegisters();
     RedrawScreen();
     pending_ = Terminal::kQueueChanged | Terminal::kReceivedChanged;
     Flush();
     RestoreWindowPlace(*this, settings_, windowNumber_);
-}
-
-TerminalWindow::~TerminalWindow() {
-    terminal_.changed = nullptr;
 }
 
 QWidget* TerminalWindow::BuildRegisters(bool output) {

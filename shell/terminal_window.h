@@ -31,7 +31,6 @@ class TerminalWindow : public QDialog {
     static constexpr int kReceivedTickMs = 150;
 
     TerminalWindow(Terminal& terminal, SettingsStore& settings, QWidget* parent);
-    ~TerminalWindow() override;
 
     // The commands of the controls.
     // Asks for the data register, or for the status register, its bit and

@@ -219,7 +219,21 @@ class DeviceWindowsTest : public QObject, protected testing::IdeFixture {
         // The echoed backspace took the line feed back; the CR still ends the line.
         QCOMPARE(t->screen()->toPlainText(), QString("Echo ready\nOKk\nEcho ready\n"));
 
+        // Closed and opened again before the old window is gone: the new one
+        // shows the screen as it was and takes the terminal's notices.
         t->close();
+        QVERIFY(!Hooked(hook));
+        Trigger(TerminalTitle(kind));
+        TerminalWindow* again = devices().terminalWindow(kind);
+        QVERIFY(again && again != t);
+        QTest::qWait(0);
+        QCOMPARE(devices().terminalWindow(kind), again);
+        QVERIFY(Hooked(hook));
+        QCOMPARE(again->screen()->toPlainText(), QString("Echo ready\nOKk\nEcho ready\n"));
+        again->key('Z')->click();
+        QCOMPARE(again->queueLabel()->text(), QString("\"z\""));  // small letters were kept
+
+        again->close();
         QTest::qWait(0);
         QVERIFY(!devices().terminalWindow(kind));
         QVERIFY(!Hooked(hook));

@@ -33,11 +33,15 @@ int& PeripheralDevices::PortField(int k) {
 }
 
 bool PeripheralDevices::Enabled(int k) const {
-    return const_cast<PeripheralDevices*>(this)->EnabledFlag(k);
+    if (k == kOutputTerminalDevice) return hooks_.OutputString.Enabled;
+    if (k == kInputQueueDevice) return hooks_.InputQueue.Enabled;
+    return hooks_.Devices[Index(k)].Enabled;
 }
 
 int PeripheralDevices::Port(int k) const {
-    return const_cast<PeripheralDevices*>(this)->PortField(k);
+    if (k == kOutputTerminalDevice) return hooks_.OutputString.Port;
+    if (k == kInputQueueDevice) return hooks_.InputQueue.Port;
+    return hooks_.Devices[Index(k)].Port;
 }
 
 void PeripheralDevices::LoadSettings() {

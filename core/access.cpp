@@ -27,8 +27,14 @@ void CheckCycleRestart(const Machine& m, TerminalBinding& t) {
     if (m.ClockCycles < t.LastOutCycle) t.LastOutCycle = 0;
 }
 
+// More than BusyTime cycles since the last output. Counted as the distance
+// between the two 32-bit counts, so that the bit comes back also when the
+// count runs past 2^31 and turns negative; a plain comparison would then hold
+// the bit low for 2^31 cycles.
 bool TransmitReady(const Machine& m, const TerminalBinding& t) {
-    return m.ClockCycles > static_cast<long long>(t.LastOutCycle) + t.BusyTime;
+    const unsigned elapsed =
+        static_cast<unsigned>(m.ClockCycles) - static_cast<unsigned>(t.LastOutCycle);
+    return elapsed > static_cast<unsigned>(t.BusyTime);
 }
 
 void MemoryTerminalRead(Machine& m, TerminalBinding& t, int address) {
@@ -92,6 +98,10 @@ void PortDevicesOut(AccessHooks& h, int port, int value) {
     StringOutPort& s = h.OutputString;
     if (s.Enabled && s.Port == port) {
         if (value > 0) s.OutputText += static_cast<char>(value);
+        if (s.OutputText.size() > StringOutPort::kTextLimit) {
+            s.OutputText.erase(0, s.OutputText.size() / 2);
+            ++s.Cuts;
+        }
         changed = true;
     }
     if (changed && h.host) h.host->RefreshViews(kViewDevices);

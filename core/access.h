@@ -78,11 +78,15 @@ struct PortBinding {
     int OneShot = -1;
 };
 
-// Output terminal (device 5): the text the program sent.
+// Output terminal (device 5): the text the program sent. Past kTextLimit bytes
+// the older half goes; Cuts counts that and every clearing, so that a view
+// which shows the text so far knows when appending the rest is not enough.
 struct StringOutPort {
+    static constexpr size_t kTextLimit = 1 << 20;
     bool Enabled = false;
     int Port = 0;
     std::string OutputText;
+    int Cuts = 0;
 };
 
 // Input queue (device 6): bytes waiting for IN, with one display marker each.

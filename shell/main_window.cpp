@@ -24,6 +24,7 @@
 
 #include "assembler_window.h"
 #include "core/numtext.h"
+#include "device_windows.h"
 #include "entry_dialogs.h"
 #include "ieee754_window.h"
 #include "memory_views.h"
@@ -57,6 +58,9 @@ MainWindow::MainWindow(SettingsStore& settings, QWidget* parent)
     images_ = std::make_unique<ProgramImages>(*m_, settings_, *this);
     memoryViews_ = std::make_unique<MemoryViews>(
         *m_, hooks_, settings_, [this](const std::string& text) { ShowMessage(text); }, this);
+    devices_ = std::make_unique<DeviceWindows>(
+        *m_, hooks_, settings_, [this](const std::string& text) { ShowMessage(text); },
+        [this](const std::string& text) { ShowReport(text); }, this);
     connect(&ultimateTimer_, &QTimer::timeout, this, [this] { rc_->ultimatetimer(); });
     appearance_ = std::make_unique<Appearance>(settings_);
     appearance_->editorsApplied = [this] {
@@ -273,6 +277,11 @@ void MainWindow::BuildMenus() {
     add(tools, "Memory Editor 2", [this] { memoryViews_->OpenMemoryEditor(2); });
     add(tools, "Memory Editor 3", [this] { memoryViews_->OpenMemoryEditor(3); });
     add(tools, "Video Memory Screen", [this] { memoryViews_->OpenVideoScreen(); });
+    add(tools, "Peripheral Devices", [this] { devices_->OpenPeripheralDevices(); });
+    add(tools, TerminalTitle(TerminalKind::MemoryMapped),
+        [this] { devices_->OpenTerminal(TerminalKind::MemoryMapped); });
+    add(tools, TerminalTitle(TerminalKind::Port),
+        [this] { devices_->OpenTerminal(TerminalKind::Port); });
     add(tools, "Assembler", [this] { OpenAssembler(); });
     add(tools, "IEEE 754 Conversion Tool", [this] {
         if (!ieee754_) {
@@ -577,6 +586,7 @@ void MainWindow::RefreshViews(int viewBits) {
     if (viewBits & kViewCommands) UpdateCommands();
     if (viewBits & (kViewMemoryEditors | kViewVideoScreen | kViewPortsEditor))
         memoryViews_->Refresh(viewBits);
+    if (viewBits & kViewDevices) devices_->Refresh();
 }
 
 void MainWindow::SetUltimateTimer(int intervalMs) {
@@ -792,6 +802,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     }
     if (rc_->SimulationRunning) rc_->menustop();
     memoryViews_->CloseAll();
+    devices_->CloseAll();
     if (logViewer_) logViewer_->close();
     SaveWindowPlace(*this, settings_, 1);
     ultimateTimer_.stop();

@@ -34,6 +34,7 @@ class QPushButton;
 namespace mb {
 
 class AssemblerWindow;
+class DeviceWindows;
 class MemoryViews;
 class SettingsStore;
 
@@ -68,6 +69,8 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     AssemblerWindow* assemblerWindow() const;
     // The Memory Editors, the I/O Ports Editor and the Video Memory Screen.
     MemoryViews& memoryViews() { return *memoryViews_; }
+    // The Peripheral Devices, the two terminals and their windows.
+    DeviceWindows& deviceWindows() { return *devices_; }
 
     // Host
     void Yield() override;
@@ -175,6 +178,8 @@ class MainWindow : public QMainWindow, public Host, public ImageHost {
     // After hooks_ and the machine: it tells the hooks as it goes.
     std::unique_ptr<MemoryViews> memoryViews_;
     std::unique_ptr<Messages> messages_;
+    // Last: its windows and devices call the message windows as they go.
+    std::unique_ptr<DeviceWindows> devices_;
 };
 
 }  // namespace mb

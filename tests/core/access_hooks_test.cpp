@@ -205,6 +205,10 @@ TEST_F(AccessTest, MemoryTerminalRegistersChangeTheCells) {
     m.ClockCycles = 10;                      // clean restarted the count
     EXPECT_EQ(MemoryRead(m, 0x8001), 0xF0);
     EXPECT_EQ(hooks.MemoryTerminal.LastOutCycle, 0);
+    m.ClockCycles = 0x7FFFFFF0;
+    MemoryWrite(m, 0x8000, 'y');
+    m.ClockCycles = static_cast<int>(0x80000100u);  // the count ran past 2^31
+    EXPECT_EQ(MemoryRead(m, 0x8001), 0xF2);
 }
 
 TEST_F(AccessTest, PortInSources) {

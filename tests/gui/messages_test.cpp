@@ -174,7 +174,7 @@ class MessagesTest : public QObject, protected testing::IdeFixture {
 
     void configureInfoMessageFrames() {
         Open();
-        QTimer::singleShot(0, this, [this] {
+        QTimer::singleShot(0, this, [] {
             auto* dialog = qobject_cast<InfoFramesDialog*>(QApplication::activeModalWidget());
             QVERIFY(dialog);
             QCOMPARE(dialog->duration()->value(), 1);

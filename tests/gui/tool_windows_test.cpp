@@ -9,6 +9,7 @@
 
 #include "ide_fixture.h"
 #include "shell/assembler_window.h"
+#include "shell/device_windows.h"
 #include "shell/memory_views.h"
 
 using namespace mb;
@@ -22,12 +23,20 @@ class ToolWindowsTest : public QObject, protected testing::IdeFixture {
     }
     // Opens each tool window through its command.
     QList<QWidget*> OpenTools() {
-        for (const char* command : {"Memory Editor", "Assembler", "IEEE 754 Conversion Tool",
-                                    "Simulation Log Viewer", "I/O Ports Editor"})
+        for (const char* command :
+             {"Memory Editor", "Assembler", "IEEE 754 Conversion Tool", "Simulation Log Viewer",
+              "I/O Ports Editor", "Peripheral Devices", "Input/Output Terminal (Memory Mapped)",
+              "Input/Output Terminal"})
             Trigger(command);
-        return {window->memoryViews().memoryEditor(1), window->assemblerWindow(),
-                window->ieee754Window(), window->logViewerWindow(),
-                window->memoryViews().portsEditor()};
+        DeviceWindows& devices = window->deviceWindows();
+        return {window->memoryViews().memoryEditor(1),
+                window->assemblerWindow(),
+                window->ieee754Window(),
+                window->logViewerWindow(),
+                window->memoryViews().portsEditor(),
+                devices.peripheralDevicesWindow(),
+                devices.terminalWindow(TerminalKind::MemoryMapped),
+                devices.terminalWindow(TerminalKind::Port)};
     }
 
   private slots:

@@ -1,7 +1,8 @@
 // Assembles a source with our assembler, loads the object image and runs it on
 // our core at the Ultimate rate until HALT (or an instruction limit), keeping
-// what the program wrote to the ports. Shared by the runtime library's and the
-// compiler's end-to-end tests.
+// what the program wrote to the ports. Shared by the runtime library's, the
+// compiler's and the devices' end-to-end tests; the devices' tests put their
+// own devices on the data paths through Hooks.
 #pragma once
 
 #include <cstdint>
@@ -91,15 +92,19 @@ class Z80Run {
         settings.SetSettingInt(kSettingIoLogging, 0);
         std::ostringstream messages;
         ConsoleHost host(messages);
-        CollectingTerminal terminal;
-        AccessHooks hooks;
         SimLog log;
-        RunControl rc(m, host, settings, hooks, log);
+        RunControl rc(m, host, settings, Hooks, log);
         rc.InstructionLimit = limit;
-        hooks.PortTerminal = {true, outPort, -1, 0, -1, -1, 0, 0, 0, &terminal};
+        collector_.Text.clear();
+        if (!Hooks.PortTerminal.Device || Hooks.PortTerminal.Device == &collector_)
+            Hooks.PortTerminal = {true, outPort, -1, 0, -1, -1, 0, 0, 0, &collector_};
         rc.LoadSettings();
         rc.menustart();
-        Output = terminal.Text;
+        Output = collector_.Text;
+        // The host and the log end with this run.
+        Hooks.host = nullptr;
+        Hooks.log = nullptr;
+        Hooks.UpdateMask(m);
         return !rc.InstructionLimitReached && m.HaltState;
     }
 
@@ -123,11 +128,16 @@ class Z80Run {
         SetWord(address + 2, static_cast<int>(value >> 16));
     }
 
+    // The devices on the data paths of Run. Unless a test binds a port
+    // terminal of its own, Run binds one that collects the output of outPort.
+    AccessHooks Hooks;
+
     std::string Output, AssemblerErrors, LoadMessage;
     std::map<std::string, int> Labels;
 
   private:
     std::unique_ptr<Machine> m_;
+    CollectingTerminal collector_;
 };
 
 }  // namespace mb::testing

@@ -140,6 +140,48 @@ TEST_F(MbsimTest, EchoesStandardInputUntilItsEnd) {
     EXPECT_EQ(r.out, "line one\nand two");
 }
 
+TEST_F(MbsimTest, TerminalOnStdinAndStdout) {
+    struct Case {
+        const char* args;
+        const char* input;
+        const char* output;
+    };
+    const Case cases[] = {
+        // Line ends arrive as 13; the firmware adds a line feed to each.
+        {"--terminal FF echo_port.obj", "Hello\nworld\n", "Echo ready\r\nHello\r\nworld\r\n"},
+        {"--terminal 0FFH --terminal-status FE,0,1 echo_port.obj", "a\r\nb",
+         "Echo ready\r\na\r\nb"},
+        {"--mm-terminal A001 echo_mm.obj", "x\x03unread", "Echo ready\r\nx"},  // Ctrl+C halts
+        {"--mm-terminal A001 echo_mm.obj", "", "Echo ready\r\n"},
+        // A terminal of its own registers: data on port 10H, status on 80H
+        // with bit 7 for "a character waits" and bit 6 for "can take one".
+        {"--terminal 10 --terminal-status 80,7,6 own.obj", "ab.cd", "ab."},
+    };
+    fs::copy_file(fs::path(MB_EXAMPLES) / "echo_port.obj", dir / "echo_port.obj");
+    fs::copy_file(fs::path(MB_EXAMPLES) / "echo_mm.obj", dir / "echo_mm.obj");
+    Write("own.obj", {
+                         0xDB, 0x80,  // 0000 LOOP: IN A,(80H)
+                         0xCB, 0x7F,  // 0002 BIT 7,A
+                         0x28, 0xFA,  // 0004 JR Z,LOOP
+                         0xDB, 0x10,  // 0006 IN A,(10H)
+                         0x47,        // 0008 LD B,A
+                         0xDB, 0x80,  // 0009 TX: IN A,(80H)
+                         0xCB, 0x77,  // 000B BIT 6,A
+                         0x28, 0xFA,  // 000D JR Z,TX
+                         0x78,        // 000F LD A,B
+                         0xD3, 0x10,  // 0010 OUT (10H),A
+                         0xFE, '.',   // 0012 CP '.'
+                         0x20, 0xEA,  // 0014 JR NZ,LOOP
+                         0x76,        // 0016 HALT
+                     });
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.args);
+        const Result r = Run(c.args, c.input);
+        EXPECT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(r.out, c.output);
+    }
+}
+
 TEST_F(MbsimTest, RunsCpmStringOutput) {
     Write("hi.obj", {
                         0x0E, 0x09,        // 0100 LD C,09H
@@ -246,6 +288,15 @@ TEST_F(MbsimTest, BadInputIsReportedWithStatus2) {
         {"--dump zz-ff x.obj", "--dump: addresses are hexadecimal"},
         {"--dump -8000 x.obj", "--dump: addresses are hexadecimal"},
         {"--dump", "--dump needs a value"},
+        {"--terminal 100 x.obj", "--terminal: not a hexadecimal value up to 00FFH: 100"},
+        {"--mm-terminal 10000 x.obj", "--mm-terminal: not a hexadecimal value up to FFFFH"},
+        {"--terminal 1 --mm-terminal 1 x.obj", "only one --terminal or --mm-terminal"},
+        {"--terminal 1 --in-port 2 x.obj", "not with --in-port or --out-port"},
+        {"--terminal-status FE x.obj", "--terminal-status needs --terminal or --mm-terminal"},
+        {"--terminal 1 --terminal-status FE,8,1 x.obj", "--terminal-status: bits are 0 to 7"},
+        {"--terminal 1 --terminal-status FE,1 x.obj", "REG or REG,IN-BIT,OUT-BIT needed"},
+        {"--terminal 1 --terminal-status A000 x.obj", "--terminal-status: ports are 00 to FF"},
+        {"--mm-terminal 1 --terminal-status 1A000 x.obj", "addresses are 0000 to FFFF"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args);
@@ -258,6 +309,7 @@ TEST_F(MbsimTest, BadInputIsReportedWithStatus2) {
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.out.find("Usage: mbsim"), std::string::npos);
     EXPECT_NE(help.out.find("--dump FROM-TO"), std::string::npos);
+    EXPECT_NE(help.out.find("--terminal-status REG[,IN-BIT,OUT-BIT]"), std::string::npos);
 }
 
 }  // namespace

@@ -1,6 +1,9 @@
 // mbsim: the simulator on the command line, for scripts and CI. It loads an
 // .obj or .hex image and runs it at Ultimate through the same run control as
 // the IDE, until HALT, a jump to itself, a stop address or an instruction limit.
+#include <poll.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cctype>
 #include <chrono>
@@ -10,8 +13,10 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/access.h"
@@ -23,6 +28,7 @@
 #include "core/run_control.h"
 #include "core/simlog.h"
 #include "devices/console_stage.h"
+#include "devices/terminal.h"
 #include "images/command_line_host.h"
 #include "images/program_image.h"
 #include "settings/settings_store.h"
@@ -47,6 +53,17 @@ const char* kUsage =
     "  --max-instructions N     stop after N instructions\n"
     "  --out-port PORT          OUT to PORT writes the byte to stdout\n"
     "  --in-port PORT           IN from PORT reads a byte from stdin (0 at end of input)\n"
+    "  --terminal PORT          the Input/Output Terminal on ports: data on PORT, status\n"
+    "                           on FE with bit 0 set while a character waits and bit 1\n"
+    "                           set while the terminal can take one; stdout is its\n"
+    "                           screen and stdin its keyboard (line ends arrive as 13)\n"
+    "  --mm-terminal ADDR       the same terminal on memory: data at ADDR, status at A000\n"
+    "  --terminal-status REG[,IN-BIT,OUT-BIT]\n"
+    "                           the terminal's status port or address, and its bits for\n"
+    "                           \"a character waits\" (default 0) and \"can take one\"\n"
+    "                           (default 1). When stdin has ended and the program has\n"
+    "                           found nothing waiting 10000 times without printing, the\n"
+    "                           run ends\n"
     "  --cpm                    CP/M console program (.com or .obj): load and start at\n"
     "                           0100H; CALL 0005H serves BDOS 0 (end), 2 (character in E)\n"
     "                           and 9 (string at DE up to '$') on stdout; reaching 0000H\n"
@@ -75,6 +92,9 @@ struct Options {
     long long maxInstructions = -1;
     int outPort = -1;
     int inPort = -1;
+    int terminalData = -1;  // --terminal or --mm-terminal
+    bool memoryTerminal = false;
+    std::string terminalStatus;  // --terminal-status as given
     bool cpm = false;
     bool log = false;
     bool ioLog = false;
@@ -134,6 +154,32 @@ void PrintMemory(const mb::Machine& m, int from, int to) {
     }
 }
 
+// "REG[,IN-BIT,OUT-BIT]" into the terminal's settings; what is wrong, or "".
+std::string TerminalStatusSettings(const std::string& text, mb::TerminalKind kind,
+                                   mb::SettingsStore& settings) {
+    std::vector<std::string> parts(1);
+    for (char c : text) {
+        if (c == ',')
+            parts.emplace_back();
+        else
+            parts.back() += c;
+    }
+    if (parts.size() != 1 && parts.size() != 3) return "REG or REG,IN-BIT,OUT-BIT needed";
+    const bool memory = kind == mb::TerminalKind::MemoryMapped;
+    const int reg = ParseHex(parts[0], memory ? 0xFFFF : 0xFF);
+    if (reg < 0) return memory ? "addresses are 0000 to FFFF" : "ports are 00 to FF";
+    settings.SetSettingInt(mb::TerminalKey(kind, "In Ctrl"), reg);
+    settings.SetSettingInt(mb::TerminalKey(kind, "Out Ctrl"), reg);
+    if (parts.size() == 1) return "";
+    const char* keys[] = {"In Ctrl Bit", "Out Ctrl Bit"};
+    for (int i = 0; i < 2; ++i) {
+        const std::string& bit = parts[static_cast<size_t>(i) + 1];
+        if (bit.size() != 1 || bit[0] < '0' || bit[0] > '7') return "bits are 0 to 7";
+        settings.SetSettingInt(mb::TerminalKey(kind, keys[i]), bit[0] - '0');
+    }
+    return "";
+}
+
 // Parses the command line; returns false after printing the reason.
 bool ParseOptions(int argc, char** argv, Options& o, bool& help) {
     for (int i = 1; i < argc; ++i) {
@@ -171,6 +217,15 @@ bool ParseOptions(int argc, char** argv, Options& o, bool& help) {
             if (!hex(0xFF, o.outPort)) return false;
         } else if (arg == "--in-port") {
             if (!hex(0xFF, o.inPort)) return false;
+        } else if (arg == "--terminal" || arg == "--mm-terminal") {
+            if (o.terminalData >= 0) {
+                Fail("only one --terminal or --mm-terminal may be given");
+                return false;
+            }
+            o.memoryTerminal = arg == "--mm-terminal";
+            if (!hex(o.memoryTerminal ? 0xFFFF : 0xFF, o.terminalData)) return false;
+        } else if (arg == "--terminal-status") {
+            if (!next(o.terminalStatus)) return false;
         } else if (arg == "--clock") {
             if (!next(text)) return false;
             const std::optional<double> v = mb::ClockFrequencyEntry(text);
@@ -223,6 +278,24 @@ bool ParseOptions(int argc, char** argv, Options& o, bool& help) {
         Fail("no program file given (see mbsim --help)");
         return false;
     }
+    if (!o.terminalStatus.empty() && o.terminalData < 0) {
+        Fail("--terminal-status needs --terminal or --mm-terminal");
+        return false;
+    }
+    if (o.terminalData >= 0 && (o.inPort >= 0 || o.outPort >= 0)) {
+        Fail("the terminal takes stdin and stdout: not with --in-port or --out-port");
+        return false;
+    }
+    if (!o.terminalStatus.empty()) {
+        mb::MemorySettingsStore scratch;
+        const std::string problem = TerminalStatusSettings(
+            o.terminalStatus,
+            o.memoryTerminal ? mb::TerminalKind::MemoryMapped : mb::TerminalKind::Port, scratch);
+        if (!problem.empty()) {
+            Fail("--terminal-status: " + problem + ": " + o.terminalStatus);
+            return false;
+        }
+    }
     return true;
 }
 
@@ -260,6 +333,56 @@ class ConsoleTerminal : public mb::TerminalDevice {
     }
     int interm_getbyte() override { return std::getchar() & 0xFF; }
     void outterm_addbyte(int value) override { WriteOutput(value & 0xFF); }
+};
+
+// The Input/Output Terminal with stdout as its screen and stdin as its
+// keyboard. Input is read when the queue has run dry, without waiting, so the
+// program sees a live terminal; when stdin has ended, a program that keeps
+// finding nothing waiting, and prints nothing, is stopped.
+class StdioTerminal : public mb::Terminal {
+  public:
+    static constexpr int kPollsAtEnd = 10000;
+
+    StdioTerminal(mb::TerminalKind kind, mb::Machine& m, mb::AccessHooks& hooks,
+                  mb::SettingsStore& settings)
+        : Terminal(kind, m, hooks, settings), m_(m) {}
+
+    bool interm_notempty() override {
+        if (QueueChars.empty()) Fill();
+        if (!QueueChars.empty()) return true;
+        if (ended_ && ++emptyPolls_ >= kPollsAtEnd) m_.StopRequest = true;
+        return false;
+    }
+    int interm_getbyte() override {
+        if (QueueChars.empty()) Fill();
+        return Terminal::interm_getbyte();
+    }
+    void outterm_addbyte(int value) override {
+        emptyPolls_ = 0;
+        if (value > 0) WriteOutput(value & 0xFF);
+    }
+
+  private:
+    void Fill() {
+        if (ended_) return;
+        std::fflush(stdout);
+        pollfd input{STDIN_FILENO, POLLIN, 0};
+        if (poll(&input, 1, 0) <= 0) return;
+        char buffer[4096];
+        const ssize_t n = read(STDIN_FILENO, buffer, sizeof buffer);
+        if (n <= 0) {
+            ended_ = true;
+            return;
+        }
+        const std::string_view text(buffer, static_cast<size_t>(n));
+        mb::QueueAppend(QueueChars, QueueKinds, mb::PastedBytes(text, previous_), mb::kQueueString);
+        previous_ = text.back();
+    }
+
+    mb::Machine& m_;
+    bool ended_ = false;
+    int emptyPolls_ = 0;
+    char previous_ = 0;
 };
 
 std::string LowerExtension(const std::string& path) {
@@ -308,6 +431,17 @@ int main(int argc, char** argv) {
     mb::ConsoleHost host(std::cerr);
     ConsoleTerminal terminal;
     mb::AccessHooks hooks;
+    std::unique_ptr<StdioTerminal> stdioTerminal;
+    mb::MemorySettingsStore terminalSettings;
+    if (o.terminalData >= 0) {
+        const auto kind =
+            o.memoryTerminal ? mb::TerminalKind::MemoryMapped : mb::TerminalKind::Port;
+        terminalSettings.SetSettingInt(mb::TerminalKey(kind, "Out Addr"), o.terminalData);
+        terminalSettings.SetSettingInt(mb::TerminalKey(kind, "In Addr"), o.terminalData);
+        if (!o.terminalStatus.empty())
+            TerminalStatusSettings(o.terminalStatus, kind, terminalSettings);  // checked above
+        stdioTerminal = std::make_unique<StdioTerminal>(kind, m, hooks, terminalSettings);
+    }
     mb::SimLog log;
     mb::RunControl rc(m, host, settings, hooks, log);
     mb::ConsoleStage checks(
@@ -319,6 +453,7 @@ int main(int argc, char** argv) {
         hooks.PortTerminal = {true, o.outPort, -1, 0, o.inPort, -1, 0, 0, 0, &terminal};
     }
     rc.LoadSettings();
+    if (stdioTerminal) stdioTerminal->Open();
 
     const auto begin = std::chrono::steady_clock::now();
     rc.menustart();

@@ -124,6 +124,9 @@ struct Resolved {
     int size = 0;
 };
 
+// The argument count of a string builtin, or -1 for another name.
+int stringBuiltinArguments(const std::string& name);
+
 bool isSignedType(TypeCode type);   // Short, Integer, Long, Single
 bool isIntegerType(TypeCode type);  // the six integer types
 bool isNumericType(TypeCode type);  // integers and Single
@@ -194,6 +197,9 @@ class Compiler {
                            const std::string& leftScope, int mode, bool report);
     bool emitAssign(const std::string& dest, const std::string& source,
                     const std::string& destScope, const std::string& sourceScope);
+    bool emitStringAssign(const std::string& dest, const std::string& source,
+                          const std::string& destScope, const std::string& sourceScope);
+    bool setStrPtrStatement(const std::string& pointer, const std::string& value);
     bool emitArithmetic(const std::string& dest, const std::string& left, const std::string& op,
                         const std::string& right);
     // Jumps to falseLabel when "left op right" does not hold.
@@ -244,7 +250,21 @@ class Compiler {
     bool checkInfix(const std::vector<std::string>& infix);
     bool toPostfix(const std::vector<std::string>& infix, Expression& e);
     bool evaluate(Expression& e);
-    std::string destination(const Expression& e, TypeCode type);
+    std::string destination(const Expression& e, TypeCode type, int length = 0);
+    bool isStringExpression(const Expression& e, const Operand& l, const Operand& r) const;
+    // Strings.
+    int stringCapacity(const Operand& o) const;
+    std::string stringConstantText(const std::string& token) const;
+    void stringAddress(const Operand& o, const std::string& pair);
+    void stringDestination(const Operand& d);
+    void needString(const char* entry);
+    std::string stringVariable(const std::string& text);
+    bool concatenate(Expression& e, const std::string& left, const std::string& right);
+    bool stringComparison(const std::string& left, const std::string& op, const std::string& right,
+                          const std::string& falseLabel);
+    bool characterArgument(const std::string& text, const char* cell);
+    bool stringBuiltin(Expression& e, const std::string& name,
+                       const std::vector<std::string>& args);
     bool binaryOperator(Expression& e, const std::string& op, const std::string& left,
                         const std::string& right);
     bool unaryOperator(Expression& e, const std::string& op, const std::string& value);

@@ -556,13 +556,30 @@ bool Compiler::evaluate(Expression& e) {
 // The destination of the operator at the walk's position: the statement's
 // target when this operator is the last before its "=" and the stack holds
 // only the target, else a new temporary of the type.
-std::string Compiler::destination(const Expression& e, TypeCode type) {
+std::string Compiler::destination(const Expression& e, TypeCode type, int length) {
     const std::vector<std::string>& post = e.postfix;
     if (!e.target.empty() && e.leftScope.empty() && !post.empty() && post.back() == "=" &&
         e.position + 2 == post.size() && e.stack.size() == 1 && e.stack[0] == e.target) {
         return e.target;
     }
-    return newTemp(type);
+    return newTemp(type, length);
+}
+
+// Whether "left op right" is a string expression: a String operand, a string
+// constant (one of a single character only beside another string), or the last
+// operator of an assignment to a String.
+bool Compiler::isStringExpression(const Expression& e, const Operand& l, const Operand& r) const {
+    auto stringy = [this](const Operand& o, const Operand& other) {
+        if (o.variable && (o.type == kTypeString || o.type == kTypeStrPtr)) return true;
+        if (o.stringConstant) {
+            return stringConstantText(o.text).size() != 1 || !isNumericType(other.type);
+        }
+        return o.text.size() > 1 && o.text[0] == '#';
+    };
+    if (stringy(l, r) || stringy(r, l)) return true;
+    const bool lastBeforeAssignment =
+        !e.postfix.empty() && e.postfix.back() == "=" && e.position + 2 == e.postfix.size();
+    return lastBeforeAssignment && (e.targetType == kTypeString || e.targetType == kTypeStrPtr);
 }
 
 bool Compiler::binaryOperator(Expression& e, const std::string& op, const std::string& left,
@@ -571,13 +588,12 @@ bool Compiler::binaryOperator(Expression& e, const std::string& op, const std::s
         if (right == left && e.leftScope.empty()) {
             debugLog("assignment operator (no code): " + left);
         } else {
-            const Operand value = operand(right, e.leftScope.empty() ? "" : st_.currentScope);
             const Operand target = operand(left, e.leftScope);
-            if (target.type == kTypeString || value.type == kTypeString ||
-                target.type == kTypeStrPtr) {
-                return notYetCompiled("String assignments");
+            if (target.type == kTypeString || target.type == kTypeStrPtr) {
+                if (!emitStringAssign(left, right, e.leftScope, "")) return false;
+            } else if (!emitAssign(left, right, e.leftScope, "")) {
+                return false;
             }
-            if (!emitAssign(left, right, e.leftScope, "")) return false;
         }
         freeTemp(right);
         e.stack.push_back(left);
@@ -599,7 +615,15 @@ bool Compiler::binaryOperator(Expression& e, const std::string& op, const std::s
         return fail("Bad expression: Incorrect argument in the expression.");
     }
     const Operand l = operand(left), r = operand(right);
-    if (l.type == kTypeString || r.type == kTypeString) return notYetCompiled("String expressions");
+    if (isArithmetic(op) && isStringExpression(e, l, r)) {
+        if (op != "+") return fail("Bad expression: Illegal string operation.\r\nOperator: " + op);
+        for (const Operand* o : {&l, &r}) {
+            if (o->variable && isNumericType(o->type)) {
+                return fail("Bad expression: Incorrect argument types in the expression.");
+            }
+        }
+        return concatenate(e, left, right);
+    }
     if (isArithmetic(op)) {
         if (!l.variable && !l.constant) return fail("Variable not declared: '" + left + "'.");
         if (!r.variable && !r.constant) return fail("Variable not declared: '" + right + "'.");
@@ -711,7 +735,14 @@ bool Compiler::unaryOperator(Expression& e, const std::string& op, const std::st
             return true;
         }
         if (!run_.asciiPrintTemp) return fail("Bad expression: Improper use of # operator.");
-        return notYetCompiled("Numbers turned into text by #");
+        const Operand n = operand(value);
+        if (!isNumericType(n.type) && n.type != kTypeBit) {
+            return fail("Bad expression: Incorrect argument in the expression.");
+        }
+        const std::string text = stringVariable("#" + value);
+        if (text.empty()) return false;
+        e.stack.push_back(text);
+        return true;
     }
     return fail("Bad expression: Improper use of " + op + "...");
 }
@@ -736,6 +767,7 @@ bool Compiler::callOperator(Expression& e, const std::string& name) {
 namespace {
 
 int builtinArgumentCount(const std::string& name) {
+    if (const int n = stringBuiltinArguments(name); n > 0) return n;
     if (name == "Poke" || name == "Put" || name == "SetBit" || name == "ResetBit" ||
         name == "InvertBit" || name == "TestBit") {
         return 2;
@@ -753,6 +785,7 @@ bool Compiler::builtinOperator(Expression& e, const std::string& name) {
     }
     std::vector<std::string> args(e.stack.end() - count, e.stack.end());
     e.stack.resize(e.stack.size() - count);
+    if (stringBuiltinArguments(name) > 0) return stringBuiltin(e, name, args);
     for (const std::string& a : args) freeTemp(a);
     if (name == "Peek" || name == "Get") return readBuiltin(e, name, args[0]);
     if (name == "Poke" || name == "Put") return writeBuiltin(e, name, args[0], args[1]);
@@ -959,9 +992,14 @@ void Compiler::bitMask(const Operand& n, bool reset) {
 bool Compiler::emitAssign(const std::string& dest, const std::string& source,
                           const std::string& destScope, const std::string& sourceScope) {
     const Operand d = operand(dest, destScope);
-    const Operand s = operand(source, sourceScope);
+    Operand s = operand(source, sourceScope);
     if (!d.variable) return fail("Variable not declared: '" + dest + "'.");
     if (!s.variable && !s.constant) return fail("Variable not declared: '" + source + "'.");
+    if (s.variable && (s.type == kTypeString || s.type == kTypeStrPtr)) {
+        if (s.type == kTypeStrPtr)
+            return fail("Bad expression: Incorrect argument types in the expression.");
+        s.type = kTypeUShort;  // a String read as a number is its first character
+    }
     if (d.type == kTypeBit && s.variable && s.type != kTypeBit) {
         return fail("Variable '" + source + "' can not be assigned to Bit variable.");
     }
@@ -1125,7 +1163,12 @@ bool Compiler::emitComparison(const std::string& leftText, const std::string& op
     Operand l = operand(leftText), r = operand(rightText);
     if (!l.variable && !l.constant) return fail("Variable not declared: '" + leftText + "'.");
     if (!r.variable && !r.constant) return fail("Variable not declared: '" + rightText + "'.");
-    if (l.type == kTypeString || r.type == kTypeString) return notYetCompiled("String comparisons");
+    const auto stringSide = [this](const Operand& o) {
+        return (o.variable && (o.type == kTypeString || o.type == kTypeStrPtr)) ||
+               (o.stringConstant && stringConstantText(o.text).size() != 1);
+    };
+    if (stringSide(l) || stringSide(r))
+        return stringComparison(leftText, op, rightText, falseLabel);
     std::string cmp = op;
     TypeCode type;
     if (l.type == kTypeBit || r.type == kTypeBit) {

@@ -501,18 +501,35 @@ bool Compiler::callStatement(const std::string& text) {
     }
     for (std::size_t k = 0; k < values.size(); ++k) {
         const RoutineArgument& a = routine.arguments[k];
-        if (a.type == kTypeStrPtr || a.type == kTypeString) {
-            return notYetCompiled("String arguments");
-        }
         if (a.mode == 2) continue;
         std::string result;
         const std::string plain = a.name.substr(0, a.name.find('['));
+        if (a.type == kTypeStrPtr) {
+            // A string by reference: the routine gets its address.
+            const std::string saved = st_.currentScope;
+            const Operand value = operand(values[k]);
+            st_.currentScope = scope;
+            const Operand pointer = operand(plain);
+            st_.currentScope = saved;
+            if (!value.variable || value.type != kTypeString) {
+                return fail("String data type variable/argument expected here: '" + values[k] +
+                            "'.");
+            }
+            emitCode("LD HL," + codeHex4(absoluteAddress(value.address)));
+            emitCode("LD (" + codeHex4(absoluteAddress(pointer.address)) + "),HL");
+            continue;
+        }
+        if (a.type == kTypeString) {
+            const std::string source = stringVariable(values[k]);
+            if (source.empty() || !emitStringAssign(plain, source, scope, "")) return false;
+            continue;
+        }
         if (!compileExpression(plain + " = " + values[k], result, scope, 1, true)) return false;
     }
     emitCode("CALL " + routine.label);
     for (std::size_t k = 0; k < values.size(); ++k) {
         const RoutineArgument& a = routine.arguments[k];
-        if (a.mode == 0) continue;
+        if (a.mode == 0 || a.type == kTypeStrPtr) continue;
         const std::string plain = a.name.substr(0, a.name.find('['));
         if (!emitAssign(values[k], plain, "", scope)) return false;
     }
@@ -539,7 +556,14 @@ bool Compiler::functionCall(Expression& e, const std::string& name) {
     if (!callStatement(call)) return false;
     for (const std::string& a : args) freeTemp(a);
     const std::string scope = f.name.substr(0, f.name.find('['));
-    if (f.resultType == kTypeString) return notYetCompiled("String functions");
+    if (f.resultType == kTypeString) {
+        const int row = findVariable(scope, scope);
+        const int length = row > 0 ? st_.symbols[row].size - 1 : st_.stringMaxLength;
+        const std::string dest = destination(e, kTypeString, length);
+        if (dest.empty() || !emitStringAssign(dest, scope, "", scope)) return false;
+        e.stack.push_back(dest);
+        return true;
+    }
     const std::string dest = destination(e, f.resultType);
     if (dest.empty() || !emitAssign(dest, scope, "", scope)) return false;
     e.stack.push_back(dest);

@@ -126,6 +126,9 @@ bool Compiler::dispatch(const std::string& text) {
     if (t[1].compare(0, 5, "CFor(") == 0 || (t[1] == "CFor" && t[2].compare(0, 1, "(") == 0)) {
         return cforStatement(text);
     }
+    if (t[1] == "SetStrPtr" && t[3] == "=" && !t[4].empty()) {
+        return setStrPtrStatement(t[2], restOfTokens(t, 4));
+    }
     if (assignment(t[2]) && !t[3].empty()) return assignmentStatement(text);
     if (t[1] == "While") return whileStatement(restOfTokens(t, 2));
     if (t[1] == "Wend" && t[2].empty()) return wendStatement("While");
@@ -183,7 +186,6 @@ bool Compiler::dispatch(const std::string& text) {
         if (assignment(t[k])) return assignmentStatement(text);
     }
     if (t[1].empty()) return true;
-    if (t[1] == "SetStrPtr") return notYetCompiled("The SetStrPtr statement");
     if (t[2].empty() &&
         (t[1].find("++") != std::string::npos || t[1].find("--") != std::string::npos)) {
         return assignmentStatement(text);

@@ -144,6 +144,7 @@ void Compiler::resetRun() {
     FirstRunKnowledge learned = std::move(st_.learned);
     const int romEnd = st_.romEnd, ramStart = st_.ramStart, ramEnd = st_.ramEnd;
     const int strMax = st_.stringMaxLength, digits = st_.singleDigits;
+    const auto appendLabels = st_.appendLabels;
     const bool inProgress = st_.compileInProgress;
     st_ = CompilerState{};
     st_.firstRun = first;
@@ -155,6 +156,7 @@ void Compiler::resetRun() {
         st_.ramEnd = ramEnd;
         st_.stringMaxLength = strMax;
         st_.singleDigits = digits;
+        st_.appendLabels = appendLabels;
     }
     if (first) {
         asmLabels_.clear();

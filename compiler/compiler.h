@@ -71,6 +71,7 @@ struct CompilerOptions {
     // Developer switches.
     bool generateDebugFiles = false;   // "Generate Compiler Debug Txt Files"
     bool disableLineCrypting = false;  // "Disable Lines Crypting in Compiler Listing"
+    bool printAppendLines = false;     // "Print Append Code Lines in Compiler Listing"
     // The simulator's clock, for the header line.
     double clockMHz = 4.0;
 };
@@ -265,6 +266,12 @@ class Compiler {
     bool characterArgument(const std::string& text, const char* cell);
     bool stringBuiltin(Expression& e, const std::string& name,
                        const std::vector<std::string>& args);
+    // Append routines.
+    int appendBlockSize() const;
+    bool compileAppendRoutines();
+    bool compileAppendRoutine(int index, int& counter);
+    std::string appendError(const std::string& name) const;
+    bool appendCall(Expression& e, const std::string& name, const std::string& argument);
     bool binaryOperator(Expression& e, const std::string& op, const std::string& left,
                         const std::string& right);
     bool unaryOperator(Expression& e, const std::string& op, const std::string& value);
@@ -307,6 +314,7 @@ class Compiler {
     bool runIncludes();
     bool includeFiles(std::string list, bool assembler);
     bool extractStrings(int line);
+    bool extractStringsOf(std::string& text);
     std::string restorePlaceholders(const std::string& text) const;
 
   public:
@@ -415,6 +423,7 @@ class Compiler {
     std::string expressionText_;  // the statement's expression, for warnings  // an array range
                                   // warning turned Show Warnings on
     std::string internalLine_;    // the append routine line being compiled
+    std::string statementLine_;   // the whole statement text of the line being compiled
 };
 
 }  // namespace mb

@@ -99,8 +99,19 @@ struct IncludeEntry {
     int endLine = 0;
 };
 
+// The append routines, in the order in which they are compiled.
+enum AppendRoutineIndex : int {
+    kAppendHexStr,
+    kAppendDecFromHex,
+    kAppendStrValW,
+    kAppendStrValL,
+    kAppendStrValS,
+    kAppendRoutineCount
+};
+
 // What the first run learns and the second run uses.
 struct FirstRunKnowledge {
+    std::array<bool, kAppendRoutineCount> appendUsed{};
     RuntimeNeeds needs;
     bool longArithmetic = false, singleArithmetic = false, strings = false, stringPointers = false;
     std::vector<bool> subUsed, procUsed, functionUsed;
@@ -180,6 +191,9 @@ struct CompilerState {
     std::vector<int> optimizedStringTemps;
     std::vector<UserVariableRow> userVariables;
     int lastSystemAddress = 0;
+    int appendBase = 0;  // the block the append routines' variables overlay
+    // Entry labels of the append routines: the second run calls what the first compiled.
+    std::array<std::string, kAppendRoutineCount> appendLabels{};
 
     // Rows by name, so that lookups do not walk the tables.
     std::unordered_map<std::string, std::vector<int>> symbolRows, constantRows;

@@ -786,6 +786,10 @@ bool Compiler::builtinOperator(Expression& e, const std::string& name) {
     std::vector<std::string> args(e.stack.end() - count, e.stack.end());
     e.stack.resize(e.stack.size() - count);
     if (stringBuiltinArguments(name) > 0) return stringBuiltin(e, name, args);
+    for (const char* append :
+         {"HexStr", "DecFromHex", "StrValB", "StrValW", "StrValL", "StrValS"}) {
+        if (name == append) return appendCall(e, name, args[0]);
+    }
     for (const std::string& a : args) freeTemp(a);
     if (name == "Peek" || name == "Get") return readBuiltin(e, name, args[0]);
     if (name == "Poke" || name == "Put") return writeBuiltin(e, name, args[0], args[1]);

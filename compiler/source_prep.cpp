@@ -197,7 +197,13 @@ bool Compiler::includeFiles(std::string list, bool assembler) {
 
 bool Compiler::extractStrings(int index) {
     st_.currentLine = index;
-    const std::string& line = st_.lines[index].xlinija;
+    return extractStringsOf(st_.lines[index].xlinija);
+}
+
+// Replaces the string constants of a statement by placeholders, adding them to
+// the table: "text", four quotes, and Qt, CrLf, Cr, Lf behind a blank.
+bool Compiler::extractStringsOf(std::string& text) {
+    const std::string line = text;
     if (line.find('"') == std::string::npos) return true;
     if (countOccurrences(line, "\"") % 2 != 0) {
         return fail("Bad expression: Improper use of double quotes.");
@@ -246,7 +252,7 @@ bool Compiler::extractStrings(int index) {
             out += c;
         }
     }
-    st_.lines[index].xlinija = out;
+    text = out;
     return true;
 }
 

@@ -23,6 +23,11 @@ bool Compiler::codeGeneration() {
     for (const char* name : {"REG_R3", "REG_R2", "REG_R1", "REG_R0"}) {
         if (!reserveSystem(name, 1)) return false;
     }
+    if (const int size = appendBlockSize(); size > 0) {
+        const int offset = reserveSystem("", size);
+        if (offset == 0) return false;
+        st_.appendBase = absoluteAddress(offset);
+    }
     const int base = st_.ixBase();
     emitCode(".ORG 0000H");
     emitCode("LD IX," + codeHex4(base));
@@ -39,6 +44,7 @@ bool Compiler::codeGeneration() {
     if (!checkStructure(true, false)) return false;
     emitComment("; End of user code");
     emitCode("HALT");
+    if (!compileAppendRoutines()) return false;
     RuntimeNeeds needs = st_.learned.needs;
     AddRuntimeDependencies(needs);
     for (const std::string& line : RuntimeLines(needs, st_.singleDigits)) {
@@ -65,6 +71,7 @@ bool Compiler::compileLine(int i) {
     emitComment("; " + std::to_string(i) + ": " + line.xlinijafull);
     if (!line.xlinelabel1.empty()) emitLabel(line.xlinelabel1);
     std::string text = line.xlinija;
+    statementLine_ = text;
     const std::size_t then = text.find(" Then");
     if (then != std::string::npos && text.compare(0, 4, "ASM:") != 0) {
         // The tail of a one-line If is compiled by the If statement itself.
@@ -132,7 +139,7 @@ bool Compiler::dispatch(const std::string& text) {
     if (assignment(t[2]) && !t[3].empty()) return assignmentStatement(text);
     if (t[1] == "While") return whileStatement(restOfTokens(t, 2));
     if (t[1] == "Wend" && t[2].empty()) return wendStatement("While");
-    if (t[1] == "If") return ifStatement(restOfTokens(t, 2), st_.lines[st_.currentLine].xlinija);
+    if (t[1] == "If") return ifStatement(restOfTokens(t, 2), statementLine_);
     if (t[1] == "Else" && t[2].empty()) return elseStatement();
     if (t[1] == "Endif" && t[2].empty()) return endifStatement();
     if (t[1] == "Select" && t[2] == "Case" && !t[3].empty() && t[4].empty()) {

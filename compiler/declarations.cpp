@@ -418,6 +418,7 @@ bool Compiler::allocateQueue() {
         });
     }
     std::vector<std::string> comments(st_.declarations.size());
+    std::vector<UserVariableRow> reportRows(st_.declarations.size());
     for (std::size_t q : order) {
         DeclarationRow& row = st_.declarations[q];
         if (row.declprepareime.empty()) continue;
@@ -429,9 +430,14 @@ bool Compiler::allocateQueue() {
         }
         row.symbolRow = static_cast<int>(st_.symbols.size()) - 1;
         comments[q] = lastDeclarationComment_;
+        reportRows[q] = st_.userVariables.back();
+        st_.userVariables.pop_back();
     }
-    for (const std::string& c : comments) {
-        if (!c.empty()) emitComment(c);
+    // Comments and report rows in source order, whatever the allocation order was.
+    for (std::size_t q = 0; q < comments.size(); ++q) {
+        if (comments[q].empty()) continue;
+        emitComment(comments[q]);
+        st_.userVariables.push_back(reportRows[q]);
     }
     return true;
 }

@@ -44,8 +44,8 @@ class MbbasicTest : public ::testing::Test {
     }
     bool Exists(const std::string& name) { return fs::exists(dir / name); }
     Result Run(const std::string& tool, const std::string& args) {
-        const std::string command = "cd '" + dir.string() + "' && '" + tool + "' " + args +
-                                    " > stdout.txt 2> stderr.txt";
+        const std::string command =
+            "cd '" + dir.string() + "' && '" + tool + "' " + args + " > stdout.txt 2> stderr.txt";
         const int raw = std::system(command.c_str());
         return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, Read("stdout.txt"), Read("stderr.txt")};
     }
@@ -84,7 +84,8 @@ TEST_F(MbbasicTest, ErrorsNameTheFileAndLine) {
     Write("prog.bas", "Dim a As Byte\r\nEnd\r\nEnd\r\n");
     Result r = Run(kMbbasic, "prog.bas");
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, "prog.bas:3: error: Duplicate End statement.\n    Incorrect program structure.\n");
+    EXPECT_EQ(r.err,
+              "prog.bas:3: error: Duplicate End statement.\n    Incorrect program structure.\n");
     EXPECT_FALSE(Exists("prog.asm"));
 
     Write("prog.bas", "Dim a As Byte\r\nInclude \"sub.bas\"\r\nEnd\r\n");
@@ -123,6 +124,26 @@ TEST_F(MbbasicTest, BadUsageAndUnreadableFiles) {
                              "--debug-files", "--no-line-crypting", "--compile-only"}) {
         EXPECT_NE(help.out.find(flag), std::string::npos) << flag;
     }
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(MbbasicTest, ReportsPrintToTheCharacter) {
+    Write("prog.bas", "Dim a As Byte\r\nDim n As Integer\r\na = 1\r\nn = a\r\n");
+    const Result r = Run(kMbbasic,
+                         "--compile-only --no-optimize-variables --report-variables "
+                         "--report-usage prog.bas");
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(r.out.find("Name      Type      Address   Scope     \n"
+                         "---------------------------------------------\n"
+                         "a         UShort    FEFFH     global    \n"
+                         "n         Integer   FEFDH     global    \n"),
+              std::string::npos)
+        << r.out;
+    EXPECT_NE(r.out.find("Total: "), std::string::npos);
+    EXPECT_NE(r.out.find("Instruction    Number    \n"), std::string::npos);
 }
 
 }  // namespace

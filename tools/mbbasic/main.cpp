@@ -11,6 +11,7 @@
 
 #include "assembler/assembler.h"
 #include "compiler/compiler.h"
+#include "compiler/reports.h"
 #include "core/run_control.h"
 #include "settings/settings_store.h"
 
@@ -59,6 +60,8 @@ void PrintUsage(std::ostream& out) {
            "prog.lst and prog.obj.\n"
            "Options:\n"
            "  --compile-only                stop after prog.asm\n"
+           "  --report-variables            print the User Variables report\n"
+           "  --report-usage                print the Instructions Usage Statistics\n"
            "  --hex                         also write prog.hex\n"
            "  --clock MHZ                   clock frequency of the header line, 0.01-120\n"
            "                                (default 4)\n";
@@ -69,6 +72,8 @@ void PrintUsage(std::ostream& out) {
     }
     out << "  --debug-files                 Generate Compiler Debug Txt Files (developer)\n"
            "  --no-line-crypting            Disable Lines Crypting in Compiler Listing\n"
+           "                                (developer)\n"
+           "  --append-lines                Print Append Code Lines in Compiler Listing\n"
            "                                (developer)\n"
            "Errors print as prog.bas:LINE: error: TEXT, warnings as\n"
            "prog.bas:LINE: warning: TEXT (a line of an included file names that file).\n"
@@ -138,7 +143,7 @@ int main(int argc, char** argv) {
     mb::MemorySettingsStore settings;
     settings.SetSettingInt(mb::kKeyShowProgress, 0);
     std::string source;
-    bool compileOnly = false, hex = false;
+    bool compileOnly = false, hex = false, reportVariables = false, reportUsage = false;
     mb::CompilerOptions developer;
     double clock = 4.0;
     for (int i = 1; i < argc; ++i) {
@@ -154,6 +159,12 @@ int main(int argc, char** argv) {
             return 0;
         } else if (arg == "--compile-only") {
             compileOnly = true;
+        } else if (arg == "--report-variables") {
+            reportVariables = true;
+        } else if (arg == "--report-usage") {
+            reportUsage = true;
+        } else if (arg == "--append-lines") {
+            developer.printAppendLines = true;
         } else if (arg == "--hex") {
             hex = true;
         } else if (arg == "--debug-files") {
@@ -187,6 +198,7 @@ int main(int argc, char** argv) {
     mb::CompilerOptions options = mb::ReadCompilerOptions(settings);
     options.generateDebugFiles = developer.generateDebugFiles;
     options.disableLineCrypting = developer.disableLineCrypting;
+    options.printAppendLines = developer.printAppendLines;
     options.clockMHz = clock;
     TerminalSink sink;
     mb::Compiler compiler(settings, sink, options);
@@ -200,6 +212,16 @@ int main(int argc, char** argv) {
     }
     if (options.showWarnings) PrintWarnings(st, source);
     std::cout << result << "\n";
+    // The reports as the BASIC window shows them, with the line ends of the text.
+    auto print = [](const std::string& text) {
+        std::string plain = text;
+        for (std::size_t at = plain.find("\r\n"); at != std::string::npos;
+             at = plain.find("\r\n", at))
+            plain.erase(at, 1);
+        std::cout << plain;
+    };
+    if (reportVariables) print(mb::userVariablesReport(st));
+    if (reportUsage) print(mb::instructionUsageReport(st.outputText));
     if (compileOnly) return 0;
 
     const std::filesystem::path asmPath(compiler.outputPath());

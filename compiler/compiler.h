@@ -330,6 +330,7 @@ class Compiler {
     bool declareConstant(const Tokens& t);
     bool queueDim(const std::string& text, bool skip);
     bool allocateQueue();
+    bool reserveStringTemps();
     bool declareQueued(DeclarationRow& row);
     bool declareVariable(const std::string& name, const std::string& typeName,
                          const std::string& scope, int used);

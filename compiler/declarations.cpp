@@ -327,7 +327,43 @@ bool Compiler::declarationPass() {
     }
     st_.currentScope = "global";
     st_.mainEnded = st_.inSubroutine = st_.inProc = st_.inFunction = false;
-    return allocateQueue();
+    if (!allocateQueue()) return false;
+    return reserveStringTemps();
+}
+
+// "Optimize String Temp Vars": the string temporaries that the statements of the
+// first run asked for, made once for the whole program. The k-th temporary is
+// as long as the longest k-th request of any statement, so that every statement
+// finds rows long enough among them.
+bool Compiler::reserveStringTemps() {
+    if (st_.firstRun || !run_.optimizeStringTemps || options_.dynamicTemps) return true;
+    std::vector<std::vector<int>> rows = st_.learned.stringTempLengths;
+    std::vector<int> lengths;
+    while (true) {
+        int longest = 0;
+        bool any = false;
+        for (std::vector<int>& row : rows) {
+            if (row.empty()) continue;
+            any = true;
+            longest = std::max(longest, row.back());
+            row.pop_back();
+        }
+        if (!any) break;
+        lengths.push_back(longest);
+    }
+    std::sort(lengths.begin(), lengths.end());  // the largest last
+    std::vector<std::string> names;
+    for (int length : lengths) names.push_back(newTemp(kTypeString, length));
+    for (const std::string& name : names) {
+        if (name.empty()) return false;
+        freeTemp(name);
+    }
+    if (!lengths.empty()) {
+        std::string list;
+        for (int length : lengths) list += (list.empty() ? "" : ", ") + std::to_string(length);
+        debugComment("string temporaries reserved: " + list);
+    }
+    return true;
 }
 
 bool Compiler::declareRoutine(std::size_t index, bool function, bool& skip) {

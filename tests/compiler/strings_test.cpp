@@ -178,3 +178,25 @@ INSTANTIATE_TEST_SUITE_P(
 
 }  // namespace
 }  // namespace mb::testing
+
+namespace mb::testing {
+namespace {
+
+TEST(StringTemporaries, OptimizedOnesServeEveryStatement) {
+    // The first statement needs temporaries of 1 and 3 characters, the second one
+    // of 16: made in advance they are 1 and 16 characters long and serve both;
+    // made on demand, the one of 3 can not serve the second statement.
+    const std::string program = Lines({"Dim s, t As String", "Dim n As Byte", "n = 5",
+                                       "s = \"a\" + #n", "t = UCase(s) + s", "Print 1, s, t"});
+    for (bool optimize : {true, false}) {
+        BasicRun b("string_temps");
+        b.settings.SetSettingInt(kKeyOptimizeStringTemps, optimize ? 1 : 0);
+        ASSERT_TRUE(b.CompileAndRun(program)) << b.Failure;
+        EXPECT_EQ(b.run.Output, "a5A5a5");
+        const std::string text = b.Asm();
+        EXPECT_EQ(countOccurrences(text, "]\t.EQU"), optimize ? 2 : 3) << text;
+    }
+}
+
+}  // namespace
+}  // namespace mb::testing

@@ -355,7 +355,6 @@ class Compiler {
     bool popStructure(const std::string& kind);
     bool checkStructure(bool atEnd, bool forNewRoutine);
     std::string openStructureText(bool upToThisLine) const;
-    bool notYetCompiled(const std::string& what);
     using WhileRow = CompilerState::WhileRow;
     using ForRow = CompilerState::ForRow;
     using CForRow = CompilerState::CForRow;

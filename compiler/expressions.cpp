@@ -831,7 +831,7 @@ bool Compiler::builtinOperator(Expression& e, const std::string& name) {
         return true;
     }
     if (name == "Pointer") return fail("Pointer function not yet implemented.");
-    return notYetCompiled("The " + name + " function");
+    return fail(internalError("Unknown builtin " + name + "."));
 }
 
 // A port number: a constant of 0 to 255.

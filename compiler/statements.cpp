@@ -11,11 +11,6 @@
 
 namespace mb {
 
-// What this version compiles, for the message that names what it does not.
-constexpr const char* kCompiledStatements =
-    "declarations, directives, ASM: lines, numeric expressions and statements, flow "
-    "statements and routines; strings come next";
-
 bool Compiler::codeGeneration() {
     if (st_.learned.needs.Has(kNeedPrint)) {
         if (!reserveSystem("PRINT_STR", 12) || !reserveSystem("PRINT_IND", 1)) return false;
@@ -394,11 +389,6 @@ bool Compiler::standaloneExpression(const std::string& text) {
         return true;
     }
     return fail("Syntax error.");
-}
-
-bool Compiler::notYetCompiled(const std::string& what) {
-    return fail(what + " can not be compiled yet: this version of the compiler takes " +
-                kCompiledStatements + ".");
 }
 
 int Compiler::findProcedure(const std::string& name) const {

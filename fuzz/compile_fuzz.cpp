@@ -1,13 +1,19 @@
-// Compiles the input as "prog.bas" in a scratch folder. The last two bytes are
-// switches (the window's options, the Complex Expressions keys, an assembly of
-// the output); a NUL byte in the rest cuts it: what follows is written as both
-// "inc.bas" and "inc.asm", for Include and IncludeASM lines to find.
+// Compiles the input as "prog.bas" in a scratch folder. The last three bytes
+// are switches (the window's options, the Complex Expressions keys, an assembly
+// of the output, a second compile); a NUL byte in the rest cuts it: what
+// follows is written as both "inc.bas" and "inc.asm", for Include and
+// IncludeASM lines to find.
 //
 // Every compile ends one of two ways: success, with no error shown and the .asm
 // written; or exactly one error, non-empty and naming a line of the text, with
-// no .asm left behind.
+// no .asm left behind. A second compile of the same text by the same compiler
+// ends the same way, with the same .asm: nothing of a compile is left over for
+// the next.
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
 
 #include "assembler/assembler.h"
@@ -44,6 +50,11 @@ enum : int {
     kAssemble = 128,
 };
 
+// Switch bits of the third byte from the end.
+enum : int {
+    kCompileTwice = 1,
+};
+
 class CountingSink : public CompileSink {
   public:
     void showError(const std::string& text) override {
@@ -77,6 +88,37 @@ int LineCount(const std::string& text) {
     return lines;
 }
 
+std::string ReadText(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// The two ways a compile may end.
+void CheckEnding(const Compiler& compiler, const CountingSink& sink, const std::string& program,
+                 int errorLine, const std::string& result, const fuzz::ScratchFolder& scratch) {
+    const bool written = std::filesystem::exists(scratch.Path("prog.asm"));
+    if (errorLine == 0) {
+        fuzz::Require(sink.errors == 0, "a successful compile shows no error");
+        fuzz::Require(written && !result.empty(), "a successful compile writes its .asm");
+        return;
+    }
+    fuzz::Require(sink.errors == 1, "a failed compile shows exactly one error");
+    fuzz::Require(!sink.lastError.empty(), "the error has a text");
+    fuzz::Require(result.empty(), "a failed compile gives no success text");
+    fuzz::Require(!written, "a failed compile leaves no .asm");
+    fuzz::Require(errorLine >= 1 && errorLine <= compiler.state().lineCount() + 1,
+                  "the error line lies in the compiled text");
+    // The empty editor has a message of its own; every other names its line.
+    if (sink.lastError == "The editor is empty.") return;
+    const int named = NamedLine(sink.lastError);
+    const bool internal = sink.lastError.rfind("The program could not be compiled!", 0) == 0;
+    fuzz::Require(internal || named >= 1, "the error names a line");
+    fuzz::Require(internal || !compiler.state().errorFile.empty() || named <= LineCount(program),
+                  "the named line is a line of the program");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -85,6 +127,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::InputWithOptions input(data, size);
     const int window = input.Take();
     const int complex = input.Take();
+    const int more = input.Take();
     std::string program = input.Payload();
     if (const std::size_t cut = program.find('\0'); cut != std::string::npos) {
         const std::string included = program.substr(cut + 1);
@@ -117,29 +160,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Compiler compiler(settings, sink, options);
     std::string result;
     const int errorLine = compiler.compile(path, program, result);
-    const bool written = std::filesystem::exists(scratch.Path("prog.asm"));
-    if (errorLine != 0) {
-        fuzz::Require(sink.errors == 1, "a failed compile shows exactly one error");
-        fuzz::Require(!sink.lastError.empty(), "the error has a text");
-        fuzz::Require(result.empty(), "a failed compile gives no success text");
-        fuzz::Require(!written, "a failed compile leaves no .asm");
-        fuzz::Require(errorLine >= 1 && errorLine <= compiler.state().lineCount() + 1,
-                      "the error line lies in the compiled text");
-        // The empty editor has a message of its own; every other names its line.
-        if (sink.lastError != "The editor is empty.") {
-            const int named = NamedLine(sink.lastError);
-            const bool internal =
-                sink.lastError.rfind("The program could not be compiled!", 0) == 0;
-            fuzz::Require(internal || named >= 1, "the error names a line");
-            fuzz::Require(
-                internal || !compiler.state().errorFile.empty() || named <= LineCount(program),
-                "the named line is a line of the program");
-        }
-        return 0;
+    CheckEnding(compiler, sink, program, errorLine, result, scratch);
+    const std::string output = ReadText(scratch.Path("prog.asm"));
+    if (more & kCompileTwice) {
+        sink = CountingSink{};
+        fuzz::Require(compiler.compile(path, program, result) == errorLine,
+                      "a second compile ends at the same line");
+        CheckEnding(compiler, sink, program, errorLine, result, scratch);
+        fuzz::Require(ReadText(scratch.Path("prog.asm")) == output,
+                      "a second compile writes the same .asm");
     }
-    fuzz::Require(sink.errors == 0, "a successful compile shows no error");
-    fuzz::Require(written && !result.empty(), "a successful compile writes its .asm");
-    if (complex & kAssemble) {
+    if (errorLine == 0 && (complex & kAssemble)) {
         // Whatever the output holds, the assembler reads it to the end.
         MemorySettingsStore asmSettings;
         asmSettings.SetSettingInt("Assembler Include Nesting Level Limit", 1);

@@ -1,8 +1,8 @@
 // Compiles the input as "prog.bas" in a scratch folder. The last three bytes
 // are switches (the window's options, the Complex Expressions keys, an assembly
-// of the output, a second compile); a NUL byte in the rest cuts it: what
-// follows is written as both "inc.bas" and "inc.asm", for Include and
-// IncludeASM lines to find.
+// of the output, a second compile, the diagnostic files); a NUL byte in the
+// rest cuts it: what follows is written as both "inc.bas" and "inc.asm", for
+// Include and IncludeASM lines to find.
 //
 // Every compile ends one of two ways: success, with no error shown and the .asm
 // written; or exactly one error, non-empty and naming a line of the text, with
@@ -53,6 +53,7 @@ enum : int {
 // Switch bits of the third byte from the end.
 enum : int {
     kCompileTwice = 1,
+    kDebugFiles = 2,  // the developer's diagnostic files beside the output
 };
 
 class CountingSink : public CompileSink {
@@ -155,6 +156,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     options.tasmListing = window & kTasm;
     options.disableLineCrypting = window & kNoLineCrypting;
     options.showProgress = false;
+    options.generateDebugFiles = more & kDebugFiles;
 
     CountingSink sink;
     Compiler compiler(settings, sink, options);

@@ -118,6 +118,11 @@ void CheckEnding(const Compiler& compiler, const CountingSink& sink, const std::
     fuzz::Require(internal || named >= 1, "the error names a line");
     fuzz::Require(internal || !compiler.state().errorFile.empty() || named <= LineCount(program),
                   "the named line is a line of the program");
+    // What is wrong comes last, after the text of the line.
+    const std::size_t lastBreak = sink.lastError.rfind("\r\n");
+    fuzz::Require(lastBreak != std::string::npos &&
+                      sink.lastError.find_first_not_of(' ', lastBreak + 2) != std::string::npos,
+                  "the error says what is wrong");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // their exits, and the calls of procedures and functions with the tests that
 // decide their jumps.
 #include <algorithm>
+#include <limits>
 
 #include "compiler/basic_numbers.h"
 #include "compiler/compiler.h"
@@ -36,15 +37,41 @@ std::vector<std::string> splitAt(const std::string& text, const std::string& sep
     return parts;
 }
 
-// Whether the text is one pair of parentheses around the rest.
-bool wrapped(const std::string& text) {
-    if (text.size() < 2 || text.front() != '(' || text.back() != ')') return false;
-    int depth = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '(') ++depth;
-        if (text[i] == ')' && --depth == 0 && i + 1 < text.size()) return false;
+// The text inside every pair of parentheses that encloses all of it, trimmed:
+// "((a = 1))" gives "a = 1". A pair encloses the text when the depth, counted
+// from its "(", stays above zero up to its ")" at the end. The depth is counted
+// once for the whole text, so that a test in thousands of pairs is read in one
+// pass and not once per pair.
+std::string unwrapped(const std::string& text) {
+    const auto blank = [](char c) { return c == ' ' || c == '\t'; };
+    const std::string t = TrimText(text);
+    const std::size_t n = t.size();
+    std::vector<int> depth(n);  // after each character, from the start
+    int d = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        if (t[i] == '(') ++d;
+        if (t[i] == ')') --d;
+        depth[i] = d;
     }
-    return true;
+    // The pairs' own characters: a run of "(" and blanks up to lead, a run of
+    // ")" and blanks from trail. Between them every pair sees the same lowest depth.
+    std::size_t lead = 0, trail = n;
+    while (lead < n && (t[lead] == '(' || blank(t[lead]))) ++lead;
+    while (trail > lead && (t[trail - 1] == ')' || blank(t[trail - 1]))) --trail;
+    int middle = std::numeric_limits<int>::max();
+    for (std::size_t i = lead; i < trail; ++i) middle = std::min(middle, depth[i]);
+    // The pair number `pair` stands at from and to - 1; inside the leading run
+    // the depth only rises, inside the trailing one it only falls.
+    std::size_t from = 0, to = n;
+    for (int pair = 1; to - from >= 2 && t[from] == '(' && t[to - 1] == ')' && middle >= pair &&
+                       (to - 2 < trail || depth[to - 2] >= pair);
+         ++pair) {
+        ++from;
+        --to;
+        while (from < to && blank(t[from])) ++from;
+        while (to > from && blank(t[to - 1])) --to;
+    }
+    return t.substr(from, to - from);
 }
 
 }  // namespace
@@ -53,8 +80,7 @@ bool wrapped(const std::string& text) {
 // Tests
 
 int Compiler::classifyTest(std::string& text) {
-    std::string test = TrimText(text);
-    while (wrapped(test)) test = TrimText(test.substr(1, test.size() - 2));
+    const std::string test = unwrapped(text);
     int calls = 0;
     for (const RoutineRow& f : st_.functions) {
         const std::string name = f.name.substr(0, f.name.find('[')) + "(";

@@ -46,6 +46,7 @@ seeds_of() {
     intel_hex_fuzz) echo examples/*.hex ;;
     object_image_fuzz | disassembler_fuzz) echo examples/*.obj tests/disasm/golden/*.obj ;;
     assembler_fuzz) echo examples/*.asm tests/assembler/corpus/*.asm ;;
+    compile_fuzz) echo examples/basic/*.bas ;;
   esac
 }
 max_len_of() {

@@ -197,8 +197,13 @@ bool Compiler::performRun(const std::string& editorText) {
 bool Compiler::fail(const std::string& message) {
     if (quiet_ > 0) return false;         // only tried: the caller decides
     if (st_.errorLine > 0) return false;  // the first error ends the compile
+    // Past the end (a structure left open) the error stands on the main file's
+    // last line, where the missing closing word belongs.
     const int count = st_.lineCount();
-    st_.errorLine = st_.currentLine < 1 || st_.currentLine > count ? 1 : st_.currentLine;
+    const int lastMain = st_.mainLineCount >= 1 ? st_.mainLineCount : count;
+    st_.errorLine = st_.currentLine > count ? std::max(lastMain, 1)
+                    : st_.currentLine < 1  ? 1
+                                           : st_.currentLine;
     if (!st_.internalCompile) st_.currentLine = st_.errorLine;
     st_.errorMessage = decodeSourceText(message);  // it may quote the source
     sink_.showError(errorPrefix() + st_.errorMessage);

@@ -223,8 +223,8 @@ INSTANTIATE_TEST_SUITE_P(
                        "expected."},
         StructureError{"open_if_at_end",
                        {"Dim i As Byte", "If i = 1 Then", "i = 2"},
-                       1,
-                       "Error in line 1:\r\nDim i As Byte\r\nIf structure is not completed... "
+                       3,
+                       "Error in line 3:\r\ni = 2\r\nIf structure is not completed... "
                        "(Endif is missing)\r\nMain Routine structure is not completed... (End is "
                        "missing)\r\nIncorrect program structure."},
         StructureError{"duplicate_else",

@@ -202,8 +202,8 @@ bool Compiler::fail(const std::string& message) {
     const int count = st_.lineCount();
     const int lastMain = st_.mainLineCount >= 1 ? st_.mainLineCount : count;
     st_.errorLine = st_.currentLine > count ? std::max(lastMain, 1)
-                    : st_.currentLine < 1  ? 1
-                                           : st_.currentLine;
+                    : st_.currentLine < 1   ? 1
+                                            : st_.currentLine;
     if (!st_.internalCompile) st_.currentLine = st_.errorLine;
     st_.errorMessage = decodeSourceText(message);  // it may quote the source
     sink_.showError(errorPrefix() + st_.errorMessage);

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-
 #include "images/hex_writer.h"
 #include "test_image_host.h"
 

@@ -259,6 +259,8 @@ class Compiler {
     void stringAddress(const Operand& o, const std::string& pair);
     void stringDestination(const Operand& d);
     void needString(const char* entry);
+    void callString(const char* entry);
+    void measureString(const Operand& o);
     std::string stringVariable(const std::string& text);
     bool concatenate(Expression& e, const std::string& left, const std::string& right);
     bool stringComparison(const std::string& left, const std::string& op, const std::string& right,

@@ -69,6 +69,18 @@ void Compiler::needString(const char* entry) {
     needRuntime(kNeedStrings);
 }
 
+void Compiler::callString(const char* entry) {
+    emitCode(std::string("CALL ") + entry);
+    needString(entry);
+}
+
+// C := the length of a string operand, DE := its terminator.
+void Compiler::measureString(const Operand& o) {
+    emitCode("LD B,00H");
+    stringAddress(o, "DE");
+    callString("SG05");
+}
+
 // A String or StrPtr variable that holds the value of text: the variable
 // itself, or a temporary filled with a string constant or a number's text.
 std::string Compiler::stringVariable(const std::string& text) {
@@ -134,8 +146,7 @@ bool Compiler::emitStringAssign(const std::string& destText, const std::string& 
         if (s.address == d.address && s.type == d.type) return true;
         stringAddress(s, "DE");
         stringDestination(d);
-        emitCode("CALL SG10");
-        needString("SG10");
+        callString("SG10");
         return true;
     }
     if (!s.variable && !s.constant) return fail("Variable not declared: '" + source + "'.");
@@ -143,8 +154,7 @@ bool Compiler::emitStringAssign(const std::string& destText, const std::string& 
     if (!printNumber(s)) return false;
     stringDestination(d);
     emitCode("LD DE,PRINT_STR");
-    emitCode("CALL SG10");
-    needString("SG10");
+    callString("SG10");
     return true;
 }
 
@@ -164,16 +174,15 @@ bool Compiler::concatenate(Expression& e, const std::string& leftText,
     const Operand d = operand(target);
     stringDestination(d);
     stringAddress(l, "DE");
-    emitCode("CALL SG10");
+    callString("SG10");
     const std::string label = newLabel();
     emitCode("LD A,B");
     emitCode("OR B");
     emitCode("JR Z," + label);
     emitCode("DEC HL");
     stringAddress(r, "DE");
-    emitCode("CALL SG11");
+    emitCode("CALL SG11");  // SG11 lives in the SG10 block
     emitLabel(label);
-    needString("SG10");
     if (target != dest && !emitStringAssign(dest, target, "", "")) return false;
     freeTemp(left);
     freeTemp(right);
@@ -194,9 +203,8 @@ bool Compiler::stringComparison(const std::string& leftText, const std::string& 
     emitCode("LD B," + codeHex2(std::max(stringCapacity(l), stringCapacity(r)) + 1));
     stringAddress(l, "HL");
     stringAddress(r, "DE");
-    emitCode("CALL SG50");
+    callString("SG50");
     emitCode((op == "==" ? "JP NZ," : "JP Z,") + falseLabel);
-    needString("SG50");
     return true;
 }
 
@@ -208,32 +216,27 @@ namespace {
 struct StringBuiltin {
     const char* name;
     int arguments;
-    bool stringResult;
 };
 
 constexpr StringBuiltin kStringBuiltins[] = {
-    {"Asc", 1, false},       {"Chr", 1, true},        {"Len", 1, false},
-    {"FillStr", 2, true},    {"InStr", 2, false},     {"InStrRev", 2, false},
-    {"CountChr", 2, false},  {"LeftStr", 2, true},    {"RightStr", 2, true},
-    {"MidStr", 3, true},     {"LTrim", 1, true},      {"LTrimChr", 2, true},
-    {"RTrim", 1, true},      {"RTrimChr", 2, true},   {"LCase", 1, true},
-    {"UCase", 1, true},      {"ReverseStr", 1, true}, {"LShiftStr", 2, true},
-    {"RShiftStr", 2, true},  {"LRotateStr", 1, true}, {"RRotateStr", 1, true},
-    {"ReplaceChr", 3, true},
+    {"Asc", 1},        {"Chr", 1},        {"Len", 1},       {"FillStr", 2},   {"InStr", 2},
+    {"InStrRev", 2},   {"CountChr", 2},   {"LeftStr", 2},   {"RightStr", 2},  {"MidStr", 3},
+    {"LTrim", 1},      {"LTrimChr", 2},   {"RTrim", 1},     {"RTrimChr", 2},  {"LCase", 1},
+    {"UCase", 1},      {"ReverseStr", 1}, {"LShiftStr", 2}, {"RShiftStr", 2}, {"LRotateStr", 1},
+    {"RRotateStr", 1}, {"ReplaceChr", 3},
 };
+
+std::string characterExpected(const std::string& text) {
+    return "Any integer data type variable or UShort constant expected here: '" + text + "'.";
+}
 
 }  // namespace
 
-const StringBuiltin* findStringBuiltin(const std::string& name) {
-    for (const StringBuiltin& b : kStringBuiltins) {
-        if (name == b.name) return &b;
-    }
-    return nullptr;
-}
-
 int stringBuiltinArguments(const std::string& name) {
-    const StringBuiltin* b = findStringBuiltin(name);
-    return b ? b->arguments : -1;
+    for (const StringBuiltin& b : kStringBuiltins) {
+        if (name == b.name) return b.arguments;
+    }
+    return -1;
 }
 
 // A character argument into a REG_ cell: an integer variable or a UShort constant.
@@ -242,8 +245,7 @@ bool Compiler::characterArgument(const std::string& text, const char* cell) {
     if (o.constant && !o.stringConstant) {
         const std::optional<uint32_t> value = o.text[0] == '-' ? std::nullopt : readNumber(o.text);
         if (!value || *value > 255) {
-            return fail("Any integer data type variable or UShort constant expected here: '" +
-                        text + "'.");
+            return fail(characterExpected(text));
         }
         emitCode("LD A," + codeHex2(static_cast<int>(*value)));
     } else if (o.stringConstant && stringConstantText(text).size() == 1) {
@@ -251,8 +253,7 @@ bool Compiler::characterArgument(const std::string& text, const char* cell) {
     } else if (o.variable && isIntegerType(o.type)) {
         if (!load(kTypeUShort, "A", o.type, o.text, o.address)) return false;
     } else {
-        return fail("Any integer data type variable or UShort constant expected here: '" + text +
-                    "'.");
+        return fail(characterExpected(text));
     }
     emitCode(std::string("LD (") + cell + "),A");
     return true;
@@ -260,7 +261,6 @@ bool Compiler::characterArgument(const std::string& text, const char* cell) {
 
 bool Compiler::stringBuiltin(Expression& e, const std::string& name,
                              const std::vector<std::string>& args) {
-    const StringBuiltin* b = findStringBuiltin(name);
     // The string argument, first for all but Chr and FillStr.
     std::string s;
     if (name != "Chr" && name != "FillStr") {
@@ -285,10 +285,7 @@ bool Compiler::stringBuiltin(Expression& e, const std::string& name,
         return numberResult("A");
     }
     if (name == "Len") {
-        emitCode("LD B,00H");
-        stringAddress(so, "DE");
-        emitCode("CALL SG05");
-        needString("SG05");
+        measureString(so);
         emitCode("LD A,C");
         return numberResult("A");
     }
@@ -296,8 +293,7 @@ bool Compiler::stringBuiltin(Expression& e, const std::string& name,
         if (!characterArgument(args[1], "REG_R0")) return false;
         stringAddress(so, "DE");
         const char* entry = name == "InStr" ? "SG65" : name == "InStrRev" ? "SG60" : "SG75";
-        emitCode(std::string("CALL ") + entry);
-        needString(entry);
+        callString(entry);
         emitCode("LD A,C");
         return numberResult("A");
     }
@@ -326,8 +322,7 @@ bool Compiler::stringBuiltin(Expression& e, const std::string& name,
     if (name == "Chr") {
         const Operand c = operand(args[0]);
         if (!(c.variable && isIntegerType(c.type)) && !(c.constant && !c.stringConstant)) {
-            return fail("Any integer data type variable or UShort constant expected here: '" +
-                        args[0] + "'.");
+            return fail(characterExpected(args[0]));
         }
         stringAddress(d, "HL");
         if (!loadOperand(kTypeUShort, "A", c)) return false;
@@ -340,8 +335,7 @@ bool Compiler::stringBuiltin(Expression& e, const std::string& name,
         const Operand n = operand(args[1]);
         if (!loadOperand(kTypeUShort, "C", n)) return false;
         stringDestination(d);
-        emitCode("CALL SG70");
-        needString("SG70");
+        callString("SG70");
         return finish();
     }
     if (name == "LeftStr") {
@@ -349,21 +343,15 @@ bool Compiler::stringBuiltin(Expression& e, const std::string& name,
         if (!loadOperand(kTypeUShort, "C", n)) return false;
         stringDestination(d);
         stringAddress(so, "DE");
-        emitCode("CALL SG20");
-        needString("SG20");
+        callString("SG20");
         return finish();
     }
     if (name == "RightStr" || name == "MidStr") {
         if (!characterArgument(args[1], "REG_R0")) return false;
         if (name == "MidStr" && !characterArgument(args[2], "REG_R1")) return false;
-        emitCode("LD B,00H");
-        stringAddress(so, "DE");
-        emitCode("CALL SG05");
+        measureString(so);
         stringDestination(d);
-        const char* entry = name == "RightStr" ? "SG25" : "SG30";
-        emitCode(std::string("CALL ") + entry);
-        needString("SG05");
-        needString(entry);
+        callString(name == "RightStr" ? "SG25" : "SG30");
         return finish();
     }
     if (name == "LTrim" || name == "LTrimChr" || name == "RTrim" || name == "RTrimChr") {
@@ -375,11 +363,9 @@ bool Compiler::stringBuiltin(Expression& e, const std::string& name,
         }
         stringAddress(so, "DE");
         const bool left = name[0] == 'L';
-        emitCode(left ? "CALL SG35" : "CALL SG40");
+        callString(left ? "SG35" : "SG40");
         stringDestination(d);
-        emitCode(left ? "CALL SG10" : "CALL SG20");
-        needString(left ? "SG35" : "SG40");
-        needString(left ? "SG10" : "SG20");
+        callString(left ? "SG10" : "SG20");
         return finish();
     }
     if (name == "LCase" || name == "UCase" || name == "ReplaceChr") {
@@ -389,28 +375,20 @@ bool Compiler::stringBuiltin(Expression& e, const std::string& name,
         }
         stringDestination(d);
         stringAddress(so, "DE");
-        const char* entry = name == "LCase" ? "SG79" : name == "UCase" ? "SG81" : "SG77";
-        emitCode(std::string("CALL ") + entry);
-        needString(entry);
+        callString(name == "LCase" ? "SG79" : name == "UCase" ? "SG81" : "SG77");
         return finish();
     }
     // Reversal, shifts and rotations work behind the length count.
     if ((name == "LShiftStr" || name == "RShiftStr") && !characterArgument(args[1], "REG_R0")) {
         return false;
     }
-    emitCode("LD B,00H");
-    stringAddress(so, "DE");
-    emitCode("CALL SG05");
+    measureString(so);
     stringDestination(d);
-    const char* entry = name == "ReverseStr"   ? "SG83"
-                        : name == "LShiftStr"  ? "SG86"
-                        : name == "RShiftStr"  ? "SG89"
-                        : name == "LRotateStr" ? "SG92"
-                                               : "SG95";
-    emitCode(std::string("CALL ") + entry);
-    needString("SG05");
-    needString(entry);
-    (void)b;
+    callString(name == "ReverseStr"   ? "SG83"
+               : name == "LShiftStr"  ? "SG86"
+               : name == "RShiftStr"  ? "SG89"
+               : name == "LRotateStr" ? "SG92"
+                                      : "SG95");
     return finish();
 }
 

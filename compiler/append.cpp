@@ -321,8 +321,7 @@ bool Compiler::appendCall(Expression& e, const std::string& name, const std::str
         if (dest.empty()) return false;
         stringDestination(operand(dest));
         emitCode("LD DE," + codeHex4(st_.appendBase + 2));
-        emitCode("CALL SG10");
-        needString("SG10");
+        callString("SG10");
         e.stack.push_back(dest);
         return true;
     }
@@ -349,8 +348,7 @@ bool Compiler::appendCall(Expression& e, const std::string& name, const std::str
         emitCode("LD B," + codeHex2(c.length));
         emitCode("LD HL," + codeHex4(st_.appendBase + c.offset));
         stringAddress(operand(s), "DE");
-        emitCode("CALL SG10");
-        needString("SG10");
+        callString("SG10");
         emitCode("CALL " + use(c.routine));
         const std::string dest = destination(e, c.result);
         if (dest.empty()) return false;

@@ -63,8 +63,7 @@ TEST(ExecutePaths, DataAccessesGoThroughTheHooks) {
     for (const auto& c : cases) {
         Cpu cpu;
         Machine& m = cpu.m;
-        cpu.Load(kOrigin, c.code);
-        m.PC = kOrigin;
+        cpu.Program(c.code);
         m.A = 0x5A;
         SetBC(m, 0x0107);
         SetDE(m, 0xA000);

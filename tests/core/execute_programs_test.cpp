@@ -42,8 +42,7 @@ TEST(ExecutePrograms, SixteenBitMultiply) {
                  {255, 257, 65535}};
     for (auto c : cases) {
         Cpu cpu;
-        cpu.Load(kOrigin, kMultiply);
-        cpu.m.PC = kOrigin;
+        cpu.Program(kMultiply);
         SetBC(cpu.m, c.bc);
         SetDE(cpu.m, c.de);
         RunToHalt(cpu);
@@ -55,14 +54,13 @@ TEST(ExecutePrograms, SixteenBitMultiply) {
 TEST(ExecutePrograms, BlockCopyWithLdir) {
     Cpu cpu;
     Machine& m = cpu.m;
-    cpu.Load(kOrigin, {
-                          0x21, 0x00, 0x80,  // LD HL,8000H
-                          0x11, 0x00, 0x90,  // LD DE,9000H
-                          0x01, 0x00, 0x01,  // LD BC,0100H
-                          0xED, 0xB0,        // LDIR
-                          0x76,              // HALT
-                      });
-    m.PC = kOrigin;
+    cpu.Program({
+        0x21, 0x00, 0x80,  // LD HL,8000H
+        0x11, 0x00, 0x90,  // LD DE,9000H
+        0x01, 0x00, 0x01,  // LD BC,0100H
+        0xED, 0xB0,        // LDIR
+        0x76,              // HALT
+    });
     for (int i = 0; i < 256; ++i) m.MemoryImage[0x8000 + i] = (i * 7 + 3) & 255;
     const int count = RunToHalt(cpu);
     for (int i = 0; i < 256; ++i) ASSERT_EQ(m.MemoryImage[0x9000 + i], (i * 7 + 3) & 255) << i;
@@ -104,8 +102,7 @@ TEST(ExecutePrograms, BcdAdditionWithDaa) {
     for (auto c : cases) {
         Cpu cpu;
         Machine& m = cpu.m;
-        cpu.Load(kOrigin, kBcdAdd);
-        m.PC = kOrigin;
+        cpu.Program(kBcdAdd);
         cpu.Load(0x8000, {c.x & 255, c.x >> 8, c.y & 255, c.y >> 8});
         RunToHalt(cpu);
         EXPECT_EQ(m.MemoryImage[0x8000] + m.MemoryImage[0x8001] * 256, c.sum)
@@ -133,8 +130,7 @@ TEST(ExecutePrograms, CpirSearch) {
     for (auto c : cases) {
         Cpu cpu;
         Machine& m = cpu.m;
-        cpu.Load(kOrigin, kSearch);
-        m.PC = kOrigin;
+        cpu.Program(kSearch);
         cpu.Load(0x8000, {0x30, 0x31, 0x32, 0x33, 0x34, 0x35, 0x36, 0x37, 0x38, 0x39, 0x35});
         m.A = c.key;
         const int count = RunToHalt(cpu);

@@ -34,8 +34,7 @@ TEST(ExecuteText, CurrentAndNextTexts) {
         Cpu cpu(c.unofficial);
         Machine& m = cpu.m;
         m.RelativeBranchHex = c.relativeHex;
-        cpu.Load(kOrigin, c.code);
-        m.PC = kOrigin;
+        cpu.Program(c.code);
         m.IX = 0x9000;
         cpu.Step();
         EXPECT_EQ(m.CurrentInstructionText, c.current);
@@ -46,8 +45,7 @@ TEST(ExecuteText, CurrentAndNextTexts) {
 TEST(ExecuteText, TextIsTakenBeforeTheInstructionOverwritesItself) {
     Cpu cpu;
     Machine& m = cpu.m;
-    cpu.Load(kOrigin, {0x36, 0x00});  // LD (HL),00H with HL on itself
-    m.PC = kOrigin;
+    cpu.Program({0x36, 0x00});  // LD (HL),00H with HL on itself
     SetHL(m, kOrigin);
     cpu.Step();
     EXPECT_EQ(m.CurrentInstructionText, "LD (HL),00H");
@@ -98,8 +96,7 @@ TEST(ExecuteText, ExecutedLengthMatchesDecodedLength) {
                 code[0], code[1], code[2], code[3], DecodeOptions{unofficial != 0, false});
             Cpu cpu(unofficial != 0);
             Machine& m = cpu.m;
-            cpu.Load(kOrigin, code);
-            m.PC = kOrigin;
+            cpu.Program(code);
             // Block instructions end after one round: BC = 1, or B = 1 for the I/O ones.
             const bool blockIo = code[0] == 0xED && code[1] >= 0xA0 && (code[1] & 2);
             SetBC(m, blockIo ? 0x0101 : 1);

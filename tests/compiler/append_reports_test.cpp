@@ -15,40 +15,31 @@ struct AppendCase {
 
 TEST(AppendRoutines, ConvertGoodAndBadInput) {
     const AppendCase cases[] = {
-        {"HexStr(48879)", "BEEF"},
-        {"HexStr(0)", "0000"},
-        {"HexStr(10)", "000A"},
-        {"DecFromHex(\"ff\")", "255"},
-        {"DecFromHex(\"1A2b\")", "6699"},
-        {"DecFromHex(\"\")", "0"},
-        {"StrValW(\"12\")", "12"},
-        {"StrValW(\"65535\")", "65535"},
-        {"StrValB(\"200\")", "200"},
-        {"StrValL(\"4000000000\")", "4000000000"},
-        {"StrValL(\"7\")", "7"},
-        {"StrValS(\"-12.5\")", "-12.500"},
-        {"StrValS(\"3\")", "3.000"},
+        // clang-format off
+        {"HexStr(48879)", "BEEF"}, {"HexStr(0)", "0000"}, {"HexStr(10)", "000A"},
+        {"DecFromHex(\"ff\")", "255"}, {"DecFromHex(\"1A2b\")", "6699"}, {"DecFromHex(\"\")", "0"},
+        {"StrValW(\"12\")", "12"}, {"StrValW(\"65535\")", "65535"}, {"StrValB(\"200\")", "200"},
+        {"StrValL(\"4000000000\")", "4000000000"}, {"StrValL(\"7\")", "7"},
+        {"StrValS(\"-12.5\")", "-12.500"}, {"StrValS(\"3\")", "3.000"},
         {"StrValS(\"0.25\")", "0.250"},
         // Not digits: each character counts by its code less 48 after UCase, as the
         // routine reads it: "X" is 40.
         {"StrValW(\"1x\")", "50"},
+        // clang-format on
     };
     for (const AppendCase& c : cases) {
         BasicRun b("append_case");
-        ASSERT_TRUE(b.CompileAndRun(Lines({"Print 1, " + std::string(c.call)})))
-            << c.call << ": " << b.Failure;
-        EXPECT_EQ(b.run.Output, c.output) << c.call;
+        EXPECT_EQ(b.RunOutput(Lines({"Print 1, " + std::string(c.call)})), c.output) << c.call;
     }
 }
 
 TEST(AppendRoutines, TheArgumentStaysAsItWasAndTwoCallsCompileTheRoutineOnce) {
     BasicRun b("append_once");
     b.options.disableLineCrypting = true;
-    ASSERT_TRUE(b.CompileAndRun(
-        Lines({"#define STRING_MAX_LENGTH = 12", "Dim s As String", "Dim w As Word", "s = \"12\"",
-               "w = StrValW(s)", "Print 1, s, \" \", w, \" \", HexStr(w), \" \", HexStr(255)"})))
-        << b.Failure;
-    EXPECT_EQ(b.run.Output, "12 12 000C 00FF");
+    EXPECT_EQ(b.RunOutput(Lines({"#define STRING_MAX_LENGTH = 12", "Dim s As String",
+                                 "Dim w As Word", "s = \"12\"", "w = StrValW(s)",
+                                 "Print 1, s, \" \", w, \" \", HexStr(w), \" \", HexStr(255)"})),
+              "12 12 000C 00FF");
     const std::string text = b.Asm();
     EXPECT_EQ(countOccurrences(text, "; APPEND CODE BEGIN: _routine_str_hexstr_"), 1);
     EXPECT_EQ(countOccurrences(text, "; APPEND CODE BEGIN: _routine_str_valw_"), 1);
@@ -57,8 +48,7 @@ TEST(AppendRoutines, TheArgumentStaysAsItWasAndTwoCallsCompileTheRoutineOnce) {
     EXPECT_EQ(text.find(";protected:"), std::string::npos);
     // Without the developer switch the routines' lines are protected, and still run.
     BasicRun hidden("append_protected");
-    ASSERT_TRUE(hidden.CompileAndRun(Lines({"Print 1, HexStr(4660)"}))) << hidden.Failure;
-    EXPECT_EQ(hidden.run.Output, "1234");
+    EXPECT_EQ(hidden.RunOutput(Lines({"Print 1, HexStr(4660)"})), "1234");
     EXPECT_NE(hidden.Asm().find(";protected:"), std::string::npos);
     EXPECT_EQ(hidden.Asm().find("APPEND CODE BEGIN"), std::string::npos);
 }
@@ -78,13 +68,14 @@ TEST(Reports, UserVariablesToTheCharacter) {
     BasicRun b("report_variables");
     b.options.optimizeVariables = false;
     ASSERT_EQ(
-        b.Compile(Lines(
-            {"Dim flag As Bit", "Dim s8 As Short", "Dim i16 As Integer", "Dim i32 As Long",
-             "Dim real As Single", "Dim text[5] As String", "Dim p As StrPtr", "Dim b8 As Byte",
-             "Dim w16 As Word", "Dim u32 As ULong", "Dim a_rather_long_name As Byte",
-             "ASM: LD HL,flag+s8+i16+i32+real+text+p+b8+w16+u32", "ASM: LD HL,a_rather_long_name",
-             "End", "Proc Work(ByRef count As Integer, name As String)", "Dim tmp As Long",
-             "ASM: LD HL,tmp", "End Proc"})),
+        b.Compile(Lines({"Dim flag As Bit", "Dim s8 As Short", "Dim i16 As Integer",
+                         "Dim i32 As Long", "Dim real As Single", "Dim text[5] As String",
+                         "Dim p As StrPtr", "Dim b8 As Byte", "Dim w16 As Word", "Dim u32 As ULong",
+                         "Dim a_rather_long_name As Byte", "Dim n, m As Integer",
+                         "ASM: LD HL,flag+s8+i16+i32+real+text+p+b8+w16+u32",
+                         "ASM: LD HL,a_rather_long_name+n+m", "End",
+                         "Proc Work(ByRef count As Integer, name As String)", "Dim tmp As Long",
+                         "ASM: LD HL,tmp", "End Proc"})),
         0);
     EXPECT_EQ(userVariablesReport(b.State()),
               "Name      Type      Address   Scope     \r\n"
@@ -100,9 +91,11 @@ TEST(Reports, UserVariablesToTheCharacter) {
               "w16       UInteger  FEE9H     global    \r\n"
               "u32       ULong     FEE5H     global    \r\n"
               "a_rather_long_name UShort    FEE4H     global    \r\n"
-              "count     Integer   FEE2H     Work      \r\n"
-              "name      String    FED1H     Work      \r\n"
-              "tmp       Long      FECDH     Work      \r\n");
+              "n         Integer   FEE2H     global    \r\n"
+              "m         Integer   FEE0H     global    \r\n"
+              "count     Integer   FEDEH     Work      \r\n"
+              "name      String    FECDH     Work      \r\n"
+              "tmp       Long      FEC9H     Work      \r\n");
 }
 
 TEST(Reports, InstructionUsageToTheCharacter) {

@@ -159,14 +159,9 @@ TEST(BasicNumbers, CanonicalSingleText) {
         double value;
         const char* text;
     } cases[] = {
-        {0.1, "0.1"},
-        {3, "3.0"},
-        {-0.5, "-0.5"},
-        {0, "0.0"},
-        {-0.0, "0.0"},
-        {3.14159265, "3.1415927"},
-        {123456.789, "123456.79"},
-        {2.5e-5, "0.000025"},
+        // clang-format off
+        {0.1, "0.1"}, {3, "3.0"}, {-0.5, "-0.5"}, {0, "0.0"}, {-0.0, "0.0"},
+        {3.14159265, "3.1415927"}, {123456.789, "123456.79"}, {2.5e-5, "0.000025"},
         // The digits are those of the number the bytes hold.
         {16777219.0, "16777218.0"},
         {1.99999999, "1.0"},          // the lost carry
@@ -174,8 +169,8 @@ TEST(BasicNumbers, CanonicalSingleText) {
         {123456789.0, "123456790."},  // so would 123456790.0
         {-12345678.0, "-12345678."},
         {999999999.0, "999999999."},  // 1000000000. gives the same bytes but is longer
-        {std::nan(""), ""},
-        {std::numeric_limits<double>::infinity(), ""},
+        {std::nan(""), ""}, {std::numeric_limits<double>::infinity(), ""},
+        // clang-format on
     };
     for (const auto& c : cases) EXPECT_EQ(canonicalSingleText(c.value), c.text) << c.value;
 }
@@ -209,25 +204,19 @@ TEST(BasicNumbers, NameRule) {
         bool ok;
         const char* message;
     } cases[] = {
-        {"abc", false, true, ""},
-        {"_x1", false, true, ""},
-        {"A_b_9", false, true, ""},
-        {"s[17]", false, true, ""},
-        {"f[", false, true, ""},
-        {"1abc", false, false, ""},
-        {"a-b", false, false, ""},
-        {"a.b", false, false, ""},
-        {"a b", false, false, ""},
-        {"\xC3\xA9t\xC3\xA9", false, false, ""},
-        {"x\xFF", false, false, ""},
+        // clang-format off
+        {"abc", false, true, ""}, {"_x1", false, true, ""}, {"A_b_9", false, true, ""},
+        {"s[17]", false, true, ""}, {"f[", false, true, ""}, {"1abc", false, false, ""},
+        {"a-b", false, false, ""}, {"a.b", false, false, ""}, {"a b", false, false, ""},
+        {"\xC3\xA9t\xC3\xA9", false, false, ""}, {"x\xFF", false, false, ""},
         {"", false, false, "Variable name missing..."},
         {"[5]", false, false, "Variable name missing..."},
         {"corvalent_temp_integer_3", false, false,
          "You tried to use the reserved name... Shame on you ;-)"},
         {"corvalent_tempo", false, false, "You tried to use the reserved name... Shame on you ;-)"},
-        {"corvalent_temp_integer_3", true, true, ""},
-        {"Corvalent_temp", false, true, ""},
+        {"corvalent_temp_integer_3", true, true, ""}, {"Corvalent_temp", false, true, ""},
         {"corvalent_te", false, true, ""},
+        // clang-format on
     };
     for (const auto& c : cases) {
         const NameCheck r = isValidName(c.name, c.allowInternal);

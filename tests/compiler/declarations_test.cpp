@@ -8,26 +8,12 @@
 namespace mb::testing {
 namespace {
 
-const std::string kStoreProgram = Lines({
-    "' values stored through inline assembler",
-    "Dim small As Byte",
-    "Dim count As Integer",
-    "Dim total As Long",
-    "Dim table(4) As Word",
-    "Const seed = 42",
-    "Const big = 100000",
-    "ASM: LD A,seed",
-    "ASM: LD (small),A",
-    "ASM: LD HL,-1234",
-    "ASM: LD (count),HL",
-    "ASM: LD HL,big & 0FFFFh",
-    "ASM: LD (total),HL",
-    "ASM: LD HL,big >> 16",
-    "ASM: LD (total+2),HL",
-    "ASM: LD HL,0BEEFh",
-    "ASM: LD (table+6),HL",
-    "End",
-});
+const std::string kStoreProgram =
+    Lines({"' values stored through inline assembler", "Dim small As Byte", "Dim count As Integer",
+           "Dim total As Long", "Dim table(4) As Word", "Const seed = 42", "Const big = 100000",
+           "ASM: LD A,seed", "ASM: LD (small),A", "ASM: LD HL,-1234", "ASM: LD (count),HL",
+           "ASM: LD HL,big & 0FFFFh", "ASM: LD (total),HL", "ASM: LD HL,big >> 16",
+           "ASM: LD (total+2),HL", "ASM: LD HL,0BEEFh", "ASM: LD (table+6),HL", "End"});
 
 TEST(Declarations, ValuesLandWhereTheAddressCommentsSay) {
     for (bool optimize : {true, false}) {
@@ -79,24 +65,21 @@ TEST(Declarations, AddressCommentsInSourceOrderWithOptimizeOffInQueueOrder) {
 TEST(Declarations, OptimizeGivesOftenUsedSmallVariablesTheNearestAddresses) {
     std::string uses;
     for (int i = 0; i < 400; ++i) uses += "ASM: LD A,(hot)\r\nASM: LD HL,(wide)\r\n";
+    const std::string program =
+        Lines({"Dim cold As Long", "Dim wide As Long", "Dim arr(25) As Byte", "Dim hot As Byte",
+               "ASM: LD HL,(cold)", "ASM: LD HL,arr"}) +
+        uses;
     BasicRun b("decl_optimize");
-    ASSERT_EQ(b.Compile(Lines({"Dim cold As Long", "Dim wide As Long", "Dim arr(25) As Byte",
-                               "Dim hot As Byte", "ASM: LD HL,(cold)", "ASM: LD HL,arr"}) +
-                        uses),
-              0);
+    ASSERT_EQ(b.Compile(program), 0);
     const int hot = b.AddressOf("hot"), wide = b.AddressOf("wide"), cold = b.AddressOf("cold");
-    const int arr = b.AddressOf("arr");
     EXPECT_EQ(hot, 0xFEFF);  // 255 uses (capped) / 4 + 24 beats the long's 63 + 21
     EXPECT_GT(hot, wide);
     EXPECT_GT(wide, cold);
-    EXPECT_GT(cold, arr);  // a 25-byte array gets no size bonus
+    EXPECT_GT(cold, b.AddressOf("arr"));  // a 25-byte array gets no size bonus
 
     BasicRun off("decl_optimize_off");
     off.options.optimizeVariables = false;
-    ASSERT_EQ(off.Compile(Lines({"Dim cold As Long", "Dim wide As Long", "Dim arr(25) As Byte",
-                                 "Dim hot As Byte", "ASM: LD HL,(cold)", "ASM: LD HL,arr"}) +
-                          uses),
-              0);
+    ASSERT_EQ(off.Compile(program), 0);
     EXPECT_EQ(off.AddressOf("cold"), 0xFEFC);
     EXPECT_LT(off.AddressOf("hot"), off.AddressOf("arr"));
 }
@@ -174,7 +157,6 @@ struct DeclarationError {
     int line;
     const char* message;  // the text behind the location prefix
 };
-
 void PrintTo(const DeclarationError& c, std::ostream* os) {
     *os << c.name;
 }
@@ -184,11 +166,8 @@ class DeclarationErrors : public ::testing::TestWithParam<DeclarationError> {};
 TEST_P(DeclarationErrors, GiveTheirMessage) {
     const DeclarationError& c = GetParam();
     BasicRun b(std::string("decl_error_") + c.name);
-    EXPECT_EQ(b.Compile(c.program), c.line);
-    ASSERT_EQ(b.sink.errors.size(), 1u);
-    const std::string& e = b.sink.errors[0];
-    const std::size_t second = e.find("\r\n", e.find("\r\n") + 2);
-    EXPECT_EQ(e.substr(second + 2), c.message) << e;
+    const std::string e = b.ErrorAt(c.program, c.line);
+    EXPECT_EQ(e.substr(e.find("\r\n", e.find("\r\n") + 2) + 2), c.message) << e;
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -239,7 +218,7 @@ INSTANTIATE_TEST_SUITE_P(
                          "Incorrect function declaration: 'f(a As Byte)'."},
         DeclarationError{"argument_type", "Proc p(a As Thing)\r\n", 1,
                          "Incorrect argument declaration: 'a As Thing'."}),
-    [](const auto& info) { return std::string(info.param.name); });
+    CaseName);
 
 TEST(Declarations, TheStringLimitIsCheckedInTheSecondRunOnly) {
     // The first run does not know the final limit yet: a #define later in the text

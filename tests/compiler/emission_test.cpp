@@ -34,6 +34,22 @@ class Emitting : public ::testing::Test {
         const int row = b.compiler->findVariable(name);
         return b.compiler->state().symbols[row].address;
     }
+    // The lines that loading each variable (a constant when it has no row) emits.
+    struct Load {
+        TypeCode target;
+        const char* reg;
+        TypeCode source;
+        const char* variable;
+        std::vector<std::string> code;
+    };
+    void ExpectLoads(const std::vector<Load>& loads) {
+        for (const Load& l : loads) {
+            marker = b.compiler->state().outputLines.size();
+            const int offset = b.compiler->findVariable(l.variable) < 0 ? 0 : Offset(l.variable);
+            ASSERT_TRUE(b.compiler->load(l.target, l.reg, l.source, l.variable, offset));
+            EXPECT_EQ(Emitted(), l.code) << l.variable << " into " << l.reg;
+        }
+    }
 
     BasicRun b{"emitting"};
     std::size_t marker = 0;
@@ -45,94 +61,46 @@ TEST_F(Emitting, EightBitLoadsUseIxOnlyWithinReach) {
     Declare("Dim pad(125) As Byte\nDim near As Byte\nDim far As Byte\n");
     ASSERT_EQ(Offset("near"), -126);
     ASSERT_EQ(Offset("far"), -127);
-    const struct {
-        const char* variable;
-        const char* reg;
-        std::vector<std::string> code;
-    } cases[] = {
-        {"near", "L", {"\tLD L,(IX-7EH)"}},
-        {"far", "L", {"\tLD HL,0FE81H", "\tLD L,(HL)"}},
-        {"near", "A", {"\tLD A,(0FE82H)"}},
-        {"far", "E", {"\tLD HL,0FE81H", "\tLD E,(HL)"}},
-    };
-    for (const auto& c : cases) {
-        marker = b.compiler->state().outputLines.size();
-        ASSERT_TRUE(
-            b.compiler->load(kTypeUShort, c.reg, kTypeUShort, c.variable, Offset(c.variable)));
-        EXPECT_EQ(Emitted(), c.code) << c.variable << " into " << c.reg;
-    }
+    const TypeCode u8 = kTypeUShort;
+    ExpectLoads({{u8, "L", u8, "near", {"\tLD L,(IX-7EH)"}},
+                 {u8, "L", u8, "far", {"\tLD HL,0FE81H", "\tLD L,(HL)"}},
+                 {u8, "A", u8, "near", {"\tLD A,(0FE82H)"}},
+                 {u8, "E", u8, "far", {"\tLD HL,0FE81H", "\tLD E,(HL)"}}});
 }
 
 TEST_F(Emitting, WideningLoadsTable) {
     Declare("Dim b As Byte\nDim s As Short\nDim w As Word\nDim i As Integer\nDim l As Long\n");
-    auto at = [this](const char* v) { return codeHex4(0xFF00 + Offset(v)); };
-    const struct {
-        TypeCode target;
-        const char* reg;
-        TypeCode source;
-        const char* variable;
-        std::vector<std::string> code;
-    } cases[] = {
-        {kTypeLong,
-         "BC:DE",
-         kTypeUShort,
-         "b",
-         {"\tLD E,(IX-" + codeHex2(-Offset("b")) + ")", "\tLD BC,0000H", "\tLD D,B"}},
-        {kTypeLong,
-         "BC:DE",
-         kTypeShort,
-         "s",
-         {"\tLD A,(" + at("s") + ")", "\tLD E,A", "\tRLCA", "\tSBC A,A", "\tLD D,A", "\tLD C,A",
-          "\tLD B,A"}},
-        {kTypeLong, "BC:DE", kTypeUInteger, "w", {"\tLD DE,(" + at("w") + ")", "\tLD BC,0000H"}},
-        {kTypeLong,
-         "BC:DE",
-         kTypeInteger,
-         "i",
-         {"\tLD DE,(" + at("i") + ")", "\tLD A,D", "\tRLCA", "\tSBC A,A", "\tLD C,A", "\tLD B,A"}},
-        {kTypeLong,
-         "BC:DE",
-         kTypeLong,
-         "l",
-         {"\tLD DE,(" + at("l") + ")", "\tLD BC,(" + codeHex4(0xFF02 + Offset("l")) + ")"}},
-        {kTypeInteger,
-         "HL",
-         kTypeShort,
-         "s",
-         {"\tLD A,(" + at("s") + ")", "\tLD L,A", "\tRLCA", "\tSBC A,A", "\tLD H,A"}},
-        {kTypeInteger,
-         "DE",
-         kTypeUShort,
-         "b",
-         {"\tLD E,(IX-" + codeHex2(-Offset("b")) + ")", "\tLD D,00H"}},
-        {kTypeInteger, "HL", kTypeInteger, "i", {"\tLD HL,(" + at("i") + ")"}},
+    auto at = [this](const char* v, int plus = 0) {
+        return "(" + codeHex4(0xFF00 + Offset(v) + plus) + ")";
     };
-    for (const auto& c : cases) {
-        marker = b.compiler->state().outputLines.size();
-        ASSERT_TRUE(b.compiler->load(c.target, c.reg, c.source, c.variable, Offset(c.variable)));
-        EXPECT_EQ(Emitted(), c.code) << c.variable << " into " << c.reg;
-    }
+    const std::string ixb = "(IX-" + codeHex2(-Offset("b")) + ")";
+    const TypeCode i32 = kTypeLong, i16 = kTypeInteger;
+    // clang-format off
+    ExpectLoads({
+        {i32, "BC:DE", kTypeUShort, "b", {"\tLD E," + ixb, "\tLD BC,0000H", "\tLD D,B"}},
+        {i32, "BC:DE", kTypeShort, "s",
+         {"\tLD A," + at("s"), "\tLD E,A", "\tRLCA", "\tSBC A,A", "\tLD D,A", "\tLD C,A",
+          "\tLD B,A"}},
+        {i32, "BC:DE", kTypeUInteger, "w", {"\tLD DE," + at("w"), "\tLD BC,0000H"}},
+        {i32, "BC:DE", i16, "i",
+         {"\tLD DE," + at("i"), "\tLD A,D", "\tRLCA", "\tSBC A,A", "\tLD C,A", "\tLD B,A"}},
+        {i32, "BC:DE", i32, "l", {"\tLD DE," + at("l"), "\tLD BC," + at("l", 2)}},
+        {i16, "HL", kTypeShort, "s",
+         {"\tLD A," + at("s"), "\tLD L,A", "\tRLCA", "\tSBC A,A", "\tLD H,A"}},
+        {i16, "DE", kTypeUShort, "b", {"\tLD E," + ixb, "\tLD D,00H"}},
+        {i16, "HL", i16, "i", {"\tLD HL," + at("i")}}});
+    // clang-format on
 }
 
 TEST_F(Emitting, ConstantLoads) {
     Declare("Dim b As Byte\n");
-    const struct {
-        const char* reg;
-        const char* value;
-        std::vector<std::string> code;
-    } cases[] = {
-        {"A", "0", {"\tXOR A"}},
-        {"E", "0", {"\tLD E,00H"}},
-        {"A", "255", {"\tLD A,0FFH"}},
-        {"HL", "4096", {"\tLD HL,1000H"}},
-        {"DE", "65535", {"\tLD DE,0FFFFH"}},
-        {"BC:DE", "100000", {"\tLD BC,0001H", "\tLD DE,86A0H"}},
-    };
-    for (const auto& c : cases) {
-        marker = b.compiler->state().outputLines.size();
-        ASSERT_TRUE(b.compiler->load(kTypeULong, c.reg, kTypeULong, c.value, 0));
-        EXPECT_EQ(Emitted(), c.code) << c.value << " into " << c.reg;
-    }
+    const TypeCode u32 = kTypeULong;
+    ExpectLoads({{u32, "A", u32, "0", {"\tXOR A"}},
+                 {u32, "E", u32, "0", {"\tLD E,00H"}},
+                 {u32, "A", u32, "255", {"\tLD A,0FFH"}},
+                 {u32, "HL", u32, "4096", {"\tLD HL,1000H"}},
+                 {u32, "DE", u32, "65535", {"\tLD DE,0FFFFH"}},
+                 {u32, "BC:DE", u32, "100000", {"\tLD BC,0001H", "\tLD DE,86A0H"}}});
 }
 
 // Loads and stores between every pair of integer types, assembled and run: the
@@ -171,9 +139,7 @@ TEST(EmittedCode, StoresMoveValuesBetweenTypes) {
             const std::vector<std::string> code(st.outputLines.begin() + static_cast<long>(mark),
                                                 st.outputLines.end());
             lines.insert(end, code.begin(), code.end());
-            std::string text;
-            for (const std::string& l : lines) text += l + "\r\n";
-            b.Write("moved.asm", text);
+            b.Write("moved.asm", Lines(lines));
             ASSERT_EQ(b.run.Assemble(b.dir.string(), "moved.asm"), 0) << b.run.AssemblerErrors;
             ASSERT_TRUE(b.run.Load((b.dir / "moved.obj").string()));
             ASSERT_TRUE(b.run.Run());
@@ -235,16 +201,14 @@ TEST(EmittedText, TasmRewriteOfLowAndHigh) {
         const char* in;
         const char* out;
     } cases[] = {
-        {"LD A,5", "LD A,5"},
-        {"LD BC,high 1234H", "LD BC,0012H"},
-        {"LD BC,highw 100000", "LD BC,0001H"},
-        {"LD DE,loww 100000", "LD DE,86A0H"},
-        {"LD A,low 4660", "LD A,0034H"},
-        {"LD A,high 4660", "LD A,0012H"},
-        {"LD A,low high 74565", "LD A,0023H"},
-        {"LD A,low label", "LD A,label & 0FFH"},
+        // clang-format off
+        {"LD A,5", "LD A,5"}, {"LD BC,high 1234H", "LD BC,0012H"},
+        {"LD BC,highw 100000", "LD BC,0001H"}, {"LD DE,loww 100000", "LD DE,86A0H"},
+        {"LD A,low 4660", "LD A,0034H"}, {"LD A,high 4660", "LD A,0012H"},
+        {"LD A,low high 74565", "LD A,0023H"}, {"LD A,low label", "LD A,label & 0FFH"},
         {"LD A,high label", "LD A,(label >> 8) & 0FFH"},
         {"LD A,high label + 1", "LD A,high label + 1"},
+        // clang-format on
     };
     for (const auto& c : cases) EXPECT_EQ(tasmRewrite(c.in), c.out) << c.in;
 }
@@ -293,12 +257,6 @@ TEST(EmittedText, InlineAssemblerNamesAndLabels) {
     }
 }
 
-}  // namespace
-}  // namespace mb::testing
-
-namespace mb::testing {
-namespace {
-
 TEST_F(Emitting, TemporariesAreReusedAfterTheirStatement) {
     Declare("Dim a As Byte\n");
     Compiler& c = *b.compiler;
@@ -338,26 +296,6 @@ TEST_F(Emitting, DynamicTemporariesShareTheirMemoryBetweenStatements) {
     const auto lines = Emitted();
     ASSERT_FALSE(lines.empty());
     EXPECT_EQ(lines[0], ";     " + first + " address: " + codeHex4(0xFF00 + address));
-}
-
-TEST(UserVariables, RowsInOrderOfDeclaration) {
-    BasicRun b("user_variables");
-    b.options.optimizeVariables = false;
-    ASSERT_EQ(b.Compile(Lines({"Dim flag As Bit", "Dim n, m As Integer", "Dim s[4] As String",
-                               "ASM: LD HL,flag", "End", "Proc p(x As Single)", "End Proc"})),
-              0);
-    const auto& rows = b.State().userVariables;
-    ASSERT_EQ(rows.size(), 5u);
-    const std::vector<std::vector<std::string>> expected = {{"flag", "Boolean", "FEFFH", "global"},
-                                                            {"n", "Integer", "FEFDH", "global"},
-                                                            {"m", "Integer", "FEFBH", "global"},
-                                                            {"s", "String", "FEF6H", "global"},
-                                                            {"x", "Single", "FEF2H", "p"}};
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        EXPECT_EQ((std::vector<std::string>{rows[i].name, rows[i].typeWord, rows[i].address,
-                                            rows[i].scope}),
-                  expected[i]);
-    }
 }
 
 }  // namespace

@@ -31,31 +31,21 @@ struct Case {
     std::vector<std::string> lines;
     std::vector<std::pair<std::string, long long>> expected;
 };
-
 void PrintTo(const Case& c, std::ostream* os) {
     *os << c.name;
 }
 
 class Expressions : public ::testing::TestWithParam<Case> {};
 
-const std::string kDeclarations = Lines({
-    "Dim a, b, c As Byte",
-    "Dim s, t As Short",
-    "Dim w, v As Word",
-    "Dim i, j As Integer",
-    "Dim l As Long",
-    "Dim u As ULong",
-    "Dim f, g As Bit",
-    "Dim arr(5) As Word",
-    "Dim bytes(8) As Byte",
-    "Dim k As Byte",
-});
+const std::string kDeclarations =
+    Lines({"Dim a, b, c As Byte", "Dim s, t As Short", "Dim w, v As Word", "Dim i, j As Integer",
+           "Dim l As Long", "Dim u As ULong", "Dim f, g As Bit", "Dim arr(5) As Word",
+           "Dim bytes(8) As Byte", "Dim k As Byte"});
 
 TEST_P(Expressions, ComputeWhatTheTextSays) {
     const Case& c = GetParam();
     BasicRun b(std::string("expr_") + c.name);
-    std::string program = kDeclarations;
-    for (const std::string& line : c.lines) program += line + "\r\n";
+    std::string program = kDeclarations + Lines(c.lines);
     // Every variable is used, so that none is warned about or dropped.
     for (const char* v :
          {"a", "b", "c", "s", "t", "w", "v", "i", "j", "l", "u", "f", "g", "arr", "bytes", "k"}) {
@@ -158,76 +148,65 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"parentheses_and_precedence",
              {"a = 2", "b = (a + 3) - (1 + a)", "c = a + 3 & 6"},
              {{"b", 2}, {"c", 4}}}),
-    [](const auto& info) { return std::string(info.param.name); });
+    CaseName);
 
 // --- Messages ---------------------------------------------------------------
 
-struct ErrorCase {
-    const char* name;
-    std::string line;
-    const char* message;
-};
-
-void PrintTo(const ErrorCase& c, std::ostream* os) {
-    *os << c.name;
-}
-
-class ExpressionErrors : public ::testing::TestWithParam<ErrorCase> {};
+class ExpressionErrors : public ::testing::TestWithParam<LineError> {};
 
 TEST_P(ExpressionErrors, GiveTheirMessageAtTheirLine) {
-    const ErrorCase& c = GetParam();
+    const LineError& c = GetParam();
     BasicRun b(std::string("expr_error_") + c.name);
-    EXPECT_EQ(b.Compile(Lines({"Dim a, b As Byte", "Dim f As Bit", "Dim w As Word", c.line})), 4);
-    ASSERT_EQ(b.sink.errors.size(), 1u);
-    EXPECT_EQ(b.sink.errors[0], "Error in line 4:\r\n" + c.line + "\r\n" + c.message);
+    EXPECT_EQ(b.ErrorAt(Lines({"Dim a, b As Byte", "Dim f As Bit", "Dim w As Word", c.line}), 4),
+              "Error in line 4:\r\n" + c.line + "\r\n" + c.message);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Compiler, ExpressionErrors,
     ::testing::Values(
-        ErrorCase{"undeclared_target", "z = 1", "Variable not declared: 'z'."},
-        ErrorCase{"undeclared_operand", "a = b + zz", "Variable not declared: 'zz'."},
-        ErrorCase{"parentheses", "a = (b + 1",
+        LineError{"undeclared_target", "z = 1", "Variable not declared: 'z'."},
+        LineError{"undeclared_operand", "a = b + zz", "Variable not declared: 'zz'."},
+        LineError{"parentheses", "a = (b + 1",
                   "Bad expression: Improper use of parentheses.\r\n"
                   "Numbers of occurrences for '(' and ')' symbols "
                   "must be equal."},
-        ErrorCase{"missing_operand", "a = b +", "Bad expression: Argument(s) missing somewhere..."},
-        ErrorCase{"not_an_array", "a = b(1)",
+        LineError{"missing_operand", "a = b +", "Bad expression: Argument(s) missing somewhere..."},
+        LineError{"not_an_array", "a = b(1)",
                   "Bad expression: Improper variable use.\r\n"
                   "Variable 'b' not declared as array."},
-        ErrorCase{"bit_into_byte", "a = f", "Bit variable can not be assigned to variable 'a'."},
-        ErrorCase{"byte_into_bit", "f = a", "Variable 'a' can not be assigned to Bit variable."},
-        ErrorCase{"bit_in_arithmetic", "a = f + 1",
+        LineError{"bit_into_byte", "a = f", "Bit variable can not be assigned to variable 'a'."},
+        LineError{"byte_into_bit", "f = a", "Variable 'a' can not be assigned to Bit variable."},
+        LineError{"bit_in_arithmetic", "a = f + 1",
                   "Bit data type variable can not be used here: 'f'."},
-        ErrorCase{"byte_constant_too_big", "a = 300",
+        LineError{"byte_constant_too_big", "a = 300",
                   "Argument '300' is not a valid UShort type "
                   "constant."},
-        ErrorCase{"garbage", "a b c", "Syntax error."},
-        ErrorCase{"port_number", "Put 256, a", "Incorrect output port number."},
-        ErrorCase{"input_port", "a = Get(w)", "Incorrect input port number."},
-        ErrorCase{"bit_number", "SetBit 8, a", "Incorrect bit number."},
-        ErrorCase{"bit_target_type", "SetBit 1, w",
+        LineError{"garbage", "a b c", "Syntax error."},
+        LineError{"port_number", "Put 256, a", "Incorrect output port number."},
+        LineError{"input_port", "a = Get(w)", "Incorrect input port number."},
+        LineError{"bit_number", "SetBit 8, a", "Incorrect bit number."},
+        LineError{"bit_target_type", "SetBit 1, w",
                   "The second argument of SetBit statement must be Short or UShort data type "
                   "variable."},
-        ErrorCase{"testbit_result", "a = TestBit(1, b)",
+        LineError{"testbit_result", "a = TestBit(1, b)",
                   "The result of TestBit function must be Bit data type variable."},
-        ErrorCase{"conversion_constant", "w = CShort(300)",
+        LineError{"conversion_constant", "w = CShort(300)",
                   "Argument '300' is not a valid Short type constant."},
-        ErrorCase{"varaddr_name", "w = VarAddr(nothing)",
+        LineError{"varaddr_name", "w = VarAddr(nothing)",
                   "Error in 'VarAddr'. Incorrect variable name: 'nothing'."},
-        ErrorCase{"varaddr_parentheses", "w = VarAddr(a",
+        LineError{"varaddr_parentheses", "w = VarAddr(a",
                   "Syntax error in 'VarAddr'. Improper use of parentheses."},
-        ErrorCase{"too_many_values", "a = b a", "Bad expression: Too many arguments somewhere..."},
-        ErrorCase{"comma_outside_call", "a = b, 1",
+        LineError{"too_many_values", "a = b a", "Bad expression: Too many arguments somewhere..."},
+        LineError{"comma_outside_call", "a = b, 1",
                   "Bad expression: Improper use of parentheses or commas."},
-        ErrorCase{"assignment_missing", "a++ + 1", "Syntax error."},
-        ErrorCase{"single_mod", "a = 1.5 Mod 2",
+        LineError{"assignment_missing", "a++ + 1", "Syntax error."},
+        LineError{"single_mod", "a = 1.5 Mod 2",
                   "Incorrect operation for the Single data type: % (Mod)."},
-        ErrorCase{"print_port", "Print 256, a", "Incorrect output port number."},
-        ErrorCase{"pointer", "w = Pointer(a)", "Pointer function not yet implemented."},
-        ErrorCase{"bit_ordering", "f = f < f",
+        LineError{"print_port", "Print 256, a", "Incorrect output port number."},
+        LineError{"pointer", "w = Pointer(a)", "Pointer function not yet implemented."},
+        LineError{"bit_ordering", "f = f < f",
                   "Comparison operator not allowed for Bit variables."}),
-    [](const auto& info) { return std::string(info.param.name); });
+    CaseName);
 
 TEST(ExpressionWarnings, OnlyOneAssignmentOperatorStands) {
     BasicRun b("expr_multiple_assignment");
@@ -242,10 +221,9 @@ TEST(ExpressionWarnings, OnlyOneAssignmentOperatorStands) {
 
 TEST(ExpressionPorts, PutAndGetReachThePorts) {
     BasicRun b("expr_ports");
-    ASSERT_TRUE(b.CompileAndRun(
-        Lines({"Dim a As Byte", "a = 40", "Put 1, a + 2", "Put 1, 10", "a = Get(1)", "End"})))
-        << b.Failure;
-    EXPECT_EQ(b.run.Output, "*\n");
+    EXPECT_EQ(b.RunOutput(Lines(
+                  {"Dim a As Byte", "a = 40", "Put 1, a + 2", "Put 1, 10", "a = Get(1)", "End"})),
+              "*\n");
 }
 
 TEST(ExpressionOptions, UseResultAsTempVarBuildsTheResultInPlace) {

@@ -44,24 +44,12 @@ TEST(Keywords, LookupIgnoresCase) {
         const char* name;
         bool keyword;
     } cases[] = {
-        {"Dim", true},
-        {"dim", true},
-        {"DIM", true},
-        {"#DEFINE", true},
-        {"#Sim", true},
-        {"3b", true},
-        {"string_max_length", true},
-        {"true", true},
-        {"Dimension", false},
-        {"Di", false},
-        {"", false},
-        {"Rem", false},
-        {"Symbol", false},
-        {"Resume", false},
-        {"On", false},
-        {"Dim ", false},
-        {"#sim(1)", false},
-        {"x", false},
+        // clang-format off
+        {"Dim", true}, {"dim", true}, {"DIM", true}, {"#DEFINE", true}, {"#Sim", true},
+        {"3b", true}, {"string_max_length", true}, {"true", true}, {"Dimension", false},
+        {"Di", false}, {"", false}, {"Rem", false}, {"Symbol", false}, {"Resume", false},
+        {"On", false}, {"Dim ", false}, {"#sim(1)", false}, {"x", false},
+        // clang-format on
     };
     for (const Case& c : cases) EXPECT_EQ(isKeyword(c.name), c.keyword) << c.name;
 }

@@ -63,8 +63,7 @@ TEST(NumericPrograms, EveryOperatorOnEveryIntegerType) {
         }
         ASSERT_GT(cases, 2) << t.name;
         BasicRun b(std::string("numeric_ops_") + t.name);
-        ASSERT_TRUE(b.CompileAndRun(program)) << t.name << ": " << b.Failure;
-        EXPECT_EQ(b.run.Output, expected) << t.name;
+        EXPECT_EQ(b.RunOutput(program), expected) << t.name;
     }
 }
 
@@ -100,50 +99,26 @@ TEST(NumericPrograms, EveryComparisonOnEveryNumericType) {
             }
         }
         BasicRun b(std::string("numeric_compare_") + t.name);
-        ASSERT_TRUE(b.CompileAndRun(program)) << t.name << ": " << b.Failure;
-        EXPECT_EQ(b.run.Output, expected) << t.name;
+        EXPECT_EQ(b.RunOutput(program), expected) << t.name;
     }
 }
 
 TEST(NumericPrograms, MixedTypesWidenAndComparisonsOrder) {
     BasicRun b("numeric_mixed");
-    ASSERT_TRUE(b.CompileAndRun(Lines({"Dim x As Byte",
-                                       "Dim s As Short",
-                                       "Dim i As Integer",
-                                       "Dim w As Word",
-                                       "Dim l As Long",
-                                       "Dim f As Single",
-                                       "Dim t As Bit",
-                                       "x = 200",
-                                       "s = -100",
-                                       "i = x + s",
-                                       "Print 1, i, \" \"",  // Integer 100
-                                       "w = 65000",
-                                       "l = w * 2",
-                                       "Print 1, l, \" \"",  // 130000
-                                       "l = s * 1000",
-                                       "Print 1, l, \" \"",  // -100000
-                                       "f = x",
-                                       "f = f / 8",
-                                       "Print 1, f, \" \"",  // 25.000
-                                       "i = -1234",
-                                       "f = i",
-                                       "Print 1, f, \" \"",  // -1234.000
-                                       "t = s < x",
-                                       "Print 1, t, \" \"",  // 1
-                                       "t = l > -99999",
-                                       "Print 1, t, \" \"",  // 0
-                                       "t = f <= -1234",
-                                       "Print 1, t, \" \"",  // 1
-                                       "t = w == 65000",
-                                       "Print 1, t, \" \"",  // 1
-                                       "t = s >= -100",
-                                       "Print 1, t, \" \"",  // 1
-                                       "t = i <> -1234",
-                                       "Print 1, t, CrLf",  // 0
-                                       "End"})))
-        << b.Failure;
-    EXPECT_EQ(b.run.Output, "100 130000 -100000 25.000 -1234.000 1 0 1 1 1 0\r\n");
+    const std::string declarations =
+        Lines({"Dim x As Byte", "Dim s As Short", "Dim i As Integer", "Dim w As Word",
+               "Dim l As Long", "Dim f As Single", "Dim t As Bit"});
+    // Integer 100, Long 130000 and -100000, Single 25.000 and -1234.000.
+    const std::string widen =
+        Lines({"x = 200", "s = -100", "i = x + s", "Print 1, i, \" \"", "w = 65000", "l = w * 2",
+               "Print 1, l, \" \"", "l = s * 1000", "Print 1, l, \" \"", "f = x", "f = f / 8",
+               "Print 1, f, \" \"", "i = -1234", "f = i", "Print 1, f, \" \""});
+    const std::string compare =
+        Lines({"t = s < x", "Print 1, t, \" \"", "t = l > -99999", "Print 1, t, \" \"",
+               "t = f <= -1234", "Print 1, t, \" \"", "t = w == 65000", "Print 1, t, \" \"",
+               "t = s >= -100", "Print 1, t, \" \"", "t = i <> -1234", "Print 1, t, CrLf", "End"});
+    EXPECT_EQ(b.RunOutput(declarations + widen + compare),
+              "100 130000 -100000 25.000 -1234.000 1 0 1 1 1 0\r\n");
     EXPECT_NE(b.State().warningText.find("Comparison is performed between different numeric data "
                                          "types: s < x."),
               std::string::npos)
@@ -152,16 +127,15 @@ TEST(NumericPrograms, MixedTypesWidenAndComparisonsOrder) {
 
 TEST(NumericPrograms, SinglesAndTheirFunctions) {
     BasicRun b("numeric_single");
-    ASSERT_TRUE(b.CompileAndRun(
-        Lines({"Dim f, g, r As Single", "Dim k As Long", "f = 1.5", "g = 2.25", "r = f + g",
-               "Print 1, r, \" \"", "r = f - g", "Print 1, r, \" \"", "r = f * g",
-               "Print 1, r, \" \"", "r = 4.5 / g", "Print 1, r, \" \"", "r = Sqr(2.25)",
-               "Print 1, r, \" \"", "r = Exp(0)", "Print 1, r, \" \"",
-               // Ln(1) is 0, which prints as E, as every value below 2^-20 does.
-               "r = Ln(1)", "Print 1, r, \" \"", "k = 12345.9", "Print 1, k, \" \"", "k = -2.5",
-               "Print 1, k, CrLf", "End"})))
-        << b.Failure;
-    EXPECT_EQ(b.run.Output, "3.750 -0.750 3.375 2.000 1.500 1.000 E 12345 -2\r\n");
+    EXPECT_EQ(
+        b.RunOutput(Lines({"Dim f, g, r As Single", "Dim k As Long", "f = 1.5", "g = 2.25",
+                           "r = f + g", "Print 1, r, \" \"", "r = f - g", "Print 1, r, \" \"",
+                           "r = f * g", "Print 1, r, \" \"", "r = 4.5 / g", "Print 1, r, \" \"",
+                           "r = Sqr(2.25)", "Print 1, r, \" \"", "r = Exp(0)", "Print 1, r, \" \"",
+                           // Ln(1) is 0, which prints as E, as every value below 2^-20 does.
+                           "r = Ln(1)", "Print 1, r, \" \"", "k = 12345.9", "Print 1, k, \" \"",
+                           "k = -2.5", "Print 1, k, CrLf", "End"})),
+        "3.750 -0.750 3.375 2.000 1.500 1.000 E 12345 -2\r\n");
 }
 
 // The example programs of the numeric statements, with their expected output.
@@ -194,10 +168,7 @@ TEST(NumericPrograms, ExamplesPrintWhatTheyShould) {
     };
     for (const Example& e : examples) {
         BasicRun b(std::string("numeric_example_") + e.name);
-        std::string program;
-        for (const std::string& line : e.lines) program += line + "\r\n";
-        ASSERT_TRUE(b.CompileAndRun(program)) << e.name << ": " << b.Failure;
-        EXPECT_EQ(b.run.Output, e.output) << e.name;
+        EXPECT_EQ(b.RunOutput(Lines(e.lines)), e.output) << e.name;
         if (std::string(e.name) == "bits_and_memory") {
             EXPECT_EQ(b.run.Byte(0x9000), 0x4D);
             EXPECT_EQ(b.run.M().PortImage[2] & 0xFF, 0x4E);

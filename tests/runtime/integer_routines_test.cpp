@@ -6,33 +6,19 @@
 #include <random>
 #include <vector>
 
-#include "support/runtime_program.h"
+#include "support/runtime_suite.h"
 
 namespace mb::testing {
 namespace {
 
-class IntegerRoutines : public ::testing::Test {
+class IntegerRoutines : public RuntimeSuite {
   protected:
     static void SetUpTestSuite() {
-        RuntimeNeeds needs;
-        for (int flag : {kNeedIntegerMultiply, kNeedIntegerDivide, kNeedIntegerCompare,
-                         kNeedLongAdd, kNeedLongSubtract, kNeedLongMultiply, kNeedLongDivide,
-                         kNeedLongCompare, kNeedShortMultiply, kNeedShortDivide, kNeedShortCompare})
-            needs.Set(flag);
-        program_ = new RuntimeProgram;
-        built_ = program_->Build(needs);
+        Build(NeedsOf({kNeedIntegerMultiply, kNeedIntegerDivide, kNeedIntegerCompare, kNeedLongAdd,
+                       kNeedLongSubtract, kNeedLongMultiply, kNeedLongDivide, kNeedLongCompare,
+                       kNeedShortMultiply, kNeedShortDivide, kNeedShortCompare}));
     }
-    static void TearDownTestSuite() {
-        delete program_;
-        program_ = nullptr;
-    }
-    void SetUp() override { ASSERT_TRUE(built_) << program_->Errors; }
-
-    static RuntimeProgram* program_;
-    static bool built_;
 };
-RuntimeProgram* IntegerRoutines::program_ = nullptr;
-bool IntegerRoutines::built_ = false;
 
 // Operands: every pair of the extremes, then random ones with a share of small
 // magnitudes, where the division and comparison paths differ most.
@@ -98,8 +84,7 @@ TEST_F(IntegerRoutines, SixteenBitMultiplyKeepsTheLowWordAndPreservesBcDe) {
     std::vector<RoutineCall> calls;
     const auto pairs = Operands(kExtremes16, 0xFFFF, 3000, 16);
     for (auto [a, b] : pairs) calls.push_back({0xABCD0000u | b, static_cast<int>(a)});
-    const auto results = program_->Call("M001", calls);
-    ASSERT_EQ(results.size(), calls.size()) << program_->Errors;
+    const auto results = CallEach(*program_, "M001", calls);
     for (std::size_t i = 0; i < calls.size(); ++i) {
         const auto [a, b] = pairs[i];
         ASSERT_EQ(results[i].HL, static_cast<int>((a * b) & 0xFFFF)) << a << " * " << b;
@@ -112,8 +97,7 @@ TEST_F(IntegerRoutines, SixteenBitDivisionUnsignedAndSigned) {
     const auto pairs = Operands(kExtremes16, 0xFFFF, 3000, 17);
     for (auto [a, b] : pairs) calls.push_back({0x5AA50000u | b, static_cast<int>(a)});
     for (bool isSigned : {false, true}) {
-        const auto results = program_->Call(isSigned ? "D001" : "D011", calls);
-        ASSERT_EQ(results.size(), calls.size()) << program_->Errors;
+        const auto results = CallEach(*program_, isSigned ? "D001" : "D011", calls);
         for (std::size_t i = 0; i < calls.size(); ++i) {
             const auto [a, b] = pairs[i];
             const Division d = Divide(a, b, 16, isSigned);
@@ -131,8 +115,7 @@ TEST_F(IntegerRoutines, SixteenBitCompareGivesCarryForLessAndZeroForEqual) {
     std::vector<RoutineCall> calls;
     const auto pairs = Operands(kExtremes16, 0xFFFF, 2000, 18);
     for (auto [a, b] : pairs) calls.push_back({b, static_cast<int>(a)});
-    const auto results = program_->Call("C001", calls);
-    ASSERT_EQ(results.size(), calls.size()) << program_->Errors;
+    const auto results = CallEach(*program_, "C001", calls);
     for (std::size_t i = 0; i < calls.size(); ++i) {
         const auto [a, b] = pairs[i];
         ASSERT_EQ((results[i].F & kFlagC) != 0, S16(a) < S16(b)) << S16(a) << " < " << S16(b);
@@ -142,19 +125,15 @@ TEST_F(IntegerRoutines, SixteenBitCompareGivesCarryForLessAndZeroForEqual) {
 
 TEST_F(IntegerRoutines, EightBitMultiplyDivideAndCompare) {
     const auto pairs = Operands(kExtremes8, 0xFF, 1500, 8);
-    std::vector<RoutineCall> multiply, divideSigned, divideUnsigned;
+    std::vector<RoutineCall> calls, divideUnsigned;  // A and L, or H divisor and L dividend
     for (auto [a, b] : pairs) {
-        multiply.push_back({0x12345678, static_cast<int>(b), static_cast<int>(a)});
-        divideSigned.push_back({0x12345678, static_cast<int>(b), static_cast<int>(a)});
-        divideUnsigned.push_back(
-            {0x12345678, static_cast<int>(b << 8 | a), 0});  // H divisor, L dividend
+        calls.push_back({0x12345678, static_cast<int>(b), static_cast<int>(a)});
+        divideUnsigned.push_back({0x12345678, static_cast<int>(b << 8 | a), 0});
     }
-    const auto products = program_->Call("M01", multiply);
-    const auto signedQuotients = program_->Call("D01", divideSigned);
-    const auto unsignedQuotients = program_->Call("D11", divideUnsigned);
-    const auto comparisons = program_->Call("C01", divideSigned);
-    ASSERT_EQ(products.size(), pairs.size()) << program_->Errors;
-    ASSERT_EQ(comparisons.size(), pairs.size()) << program_->Errors;
+    const auto products = CallEach(*program_, "M01", calls);
+    const auto signedQuotients = CallEach(*program_, "D01", calls);
+    const auto unsignedQuotients = CallEach(*program_, "D11", divideUnsigned);
+    const auto comparisons = CallEach(*program_, "C01", calls);
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         const auto [a, b] = pairs[i];
         ASSERT_EQ(products[i].HL, static_cast<int>(a * b)) << a << " * " << b;
@@ -180,11 +159,10 @@ TEST_F(IntegerRoutines, LongAddSubtractAndMultiplyConsumeTheStackOperand) {
         calls.push_back({b, 0, 0, false, StackOperand::kConsumed, a});
         borrowing.push_back({b, 0, 0, true, StackOperand::kConsumed, a});
     }
-    const auto sums = program_->Call("A101", calls);
-    const auto differences = program_->Call("S101", calls);
-    const auto borrowed = program_->Call("S101", borrowing);
-    const auto products = program_->Call("M101", calls);
-    ASSERT_EQ(products.size(), pairs.size()) << program_->Errors;
+    const auto sums = CallEach(*program_, "A101", calls);
+    const auto differences = CallEach(*program_, "S101", calls);
+    const auto borrowed = CallEach(*program_, "S101", borrowing);
+    const auto products = CallEach(*program_, "M101", calls);
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         const auto [a, b] = pairs[i];
         ASSERT_EQ(sums[i].BCDE, a + b) << a << " + " << b;
@@ -205,8 +183,7 @@ TEST_F(IntegerRoutines, LongDivisionQuotientAndRemainder) {
     std::vector<RoutineCall> calls;
     for (auto [a, b] : pairs) calls.push_back({b, 0, 0, false, StackOperand::kConsumed, a});
     for (bool isSigned : {false, true}) {
-        const auto results = program_->Call(isSigned ? "D101" : "D121", calls);
-        ASSERT_EQ(results.size(), calls.size()) << program_->Errors;
+        const auto results = CallEach(*program_, isSigned ? "D101" : "D121", calls);
         for (std::size_t i = 0; i < calls.size(); ++i) {
             const auto [a, b] = pairs[i];
             const Division d = Divide(a, b, 32, isSigned);
@@ -222,8 +199,7 @@ TEST_F(IntegerRoutines, LongCompareGivesCarryForLessAndZeroForEqual) {
     const auto pairs = Operands(kExtremes32, 0xFFFFFFFF, 3000, 34);
     std::vector<RoutineCall> calls;
     for (auto [a, b] : pairs) calls.push_back({b, 0, 0, false, StackOperand::kConsumed, a});
-    const auto results = program_->Call("C101", calls);
-    ASSERT_EQ(results.size(), calls.size()) << program_->Errors;
+    const auto results = CallEach(*program_, "C101", calls);
     for (std::size_t i = 0; i < calls.size(); ++i) {
         const auto [a, b] = pairs[i];
         ASSERT_EQ((results[i].F & kFlagC) != 0, S32(a) < S32(b)) << S32(a) << " < " << S32(b);

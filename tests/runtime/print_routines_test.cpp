@@ -28,13 +28,8 @@ const char* kWrappers =
 
 constexpr int kGuardCell = kPrintStr + 12;  // the byte behind PRINT_STR
 
-RuntimeNeeds PrintNeeds() {
-    RuntimeNeeds needs;
-    for (int flag :
-         {kNeedIntegerPrint, kNeedShortPrint, kNeedBitPrint, kNeedLongPrint, kNeedSinglePrint})
-        needs.Set(flag);
-    return needs;
-}
+const RuntimeNeeds kPrintNeeds =
+    NeedsOf({kNeedIntegerPrint, kNeedShortPrint, kNeedBitPrint, kNeedLongPrint, kNeedSinglePrint});
 
 // Prints each value with the wrapper and returns the lines written.
 std::vector<std::string> Print(RuntimeProgram& program, const char* wrapper,
@@ -57,7 +52,7 @@ uint32_t S(double value) {
 
 TEST(RuntimePrint, IntegerShortBitAndLongTexts) {
     RuntimeProgram program;
-    ASSERT_TRUE(program.Build(PrintNeeds(), kDefaultSingleDecimals, kWrappers)) << program.Errors;
+    ASSERT_TRUE(program.Build(kPrintNeeds, kDefaultSingleDecimals, kWrappers)) << program.Errors;
     struct Table {
         const char* wrapper;
         std::vector<uint32_t> values;
@@ -116,29 +111,19 @@ TEST(RuntimePrint, SingleTextsForEachNumberOfDecimals) {
         int decimals;
         const char* text;
     } cases[] = {
-        {0.0, 3, "E"},
-        {1e7, 3, "E"},
-        {-1e7, 3, "E"},
-        {12345.5, 3, "12345"},
-        {1234.5, 3, "1234.500"},
-        {1234.5, 1, "1234.5"},
-        {1234.5, 6, "1234.500000"},
+        // clang-format off
+        {0.0, 3, "E"}, {1e7, 3, "E"}, {-1e7, 3, "E"}, {12345.5, 3, "12345"},
+        {1234.5, 3, "1234.500"}, {1234.5, 1, "1234.5"}, {1234.5, 6, "1234.500000"},
         {-1234.5, 6, "-1234.50000"},  // 12 characters do not fit: the last one is dropped
-        {-1234.5, 3, "-1234.500"},
-        {0.5, 3, "0.500"},
-        {-0.25, 2, "-0.25"},
-        {1.0, 3, "1.000"},
-        {8388607.0, 3, "8388607"},
-        {8388608.0, 3, "E"},
-        {std::ldexp(1.0, -20), 6, "0.000000"},
-        {std::ldexp(1.0, -21), 6, "E"},
-        {0.001, 3, "0.001"},
-        {99999.0, 3, "99999"},
+        {-1234.5, 3, "-1234.500"}, {0.5, 3, "0.500"}, {-0.25, 2, "-0.25"}, {1.0, 3, "1.000"},
+        {8388607.0, 3, "8388607"}, {8388608.0, 3, "E"}, {std::ldexp(1.0, -20), 6, "0.000000"},
+        {std::ldexp(1.0, -21), 6, "E"}, {0.001, 3, "0.001"}, {99999.0, 3, "99999"},
         {9999.0, 4, "9999.0000"},
+        // clang-format on
     };
     for (int decimals = 1; decimals <= 6; ++decimals) {
         RuntimeProgram program;
-        ASSERT_TRUE(program.Build(PrintNeeds(), decimals, kWrappers)) << program.Errors;
+        ASSERT_TRUE(program.Build(kPrintNeeds, decimals, kWrappers)) << program.Errors;
         std::vector<uint32_t> values;
         std::vector<std::string> texts;
         for (const Case& c : cases) {
@@ -162,10 +147,8 @@ TEST(RuntimePrint, SingleTextsForEachNumberOfDecimals) {
 }
 
 TEST(RuntimePrint, P002WritesTheStringAtHLToPortC) {
-    RuntimeNeeds needs;
-    needs.Set(kNeedPrint);
     RuntimeProgram program;
-    ASSERT_TRUE(program.Build(needs)) << program.Errors;
+    ASSERT_TRUE(program.Build(NeedsOf({kNeedPrint}))) << program.Errors;
     for (const std::string text : {"", "Hello", "\x80\xFF high bytes"}) {
         program.SetText(0x3000, text);
         program.CallOnce("P002", {0x00070000, 0x3000}, 7);  // C = port 7

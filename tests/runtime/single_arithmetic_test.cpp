@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "runtime/single_model.h"
-#include "support/runtime_program.h"
+#include "support/runtime_suite.h"
 
 namespace mb::testing {
 namespace {
@@ -20,28 +20,13 @@ namespace {
 constexpr int kPairs = 10000;
 constexpr int kPreservedHL = 0x1234;
 
-class SingleRoutines : public ::testing::Test {
+class SingleRoutines : public RuntimeSuite {
   protected:
     static void SetUpTestSuite() {
-        RuntimeNeeds needs;
-        for (int flag :
-             {kNeedSingleAdd, kNeedSingleSubtract, kNeedSingleMultiply, kNeedSingleDivide,
-              kNeedSingleCompare, kNeedSingleToLong, kNeedLongToSingle})
-            needs.Set(flag);
-        program_ = new RuntimeProgram;
-        built_ = program_->Build(needs);
+        Build(NeedsOf({kNeedSingleAdd, kNeedSingleSubtract, kNeedSingleMultiply, kNeedSingleDivide,
+                       kNeedSingleCompare, kNeedSingleToLong, kNeedLongToSingle}));
     }
-    static void TearDownTestSuite() {
-        delete program_;
-        program_ = nullptr;
-    }
-    void SetUp() override { ASSERT_TRUE(built_) << program_->Errors; }
-
-    static RuntimeProgram* program_;
-    static bool built_;
 };
-RuntimeProgram* SingleRoutines::program_ = nullptr;
-bool SingleRoutines::built_ = false;
 
 std::string Hex(uint32_t value) {
     std::ostringstream text;
@@ -122,8 +107,7 @@ template <typename Model>
 void ExpectAgreement(RuntimeProgram& program, const char* routine, uint32_t seed, Model model) {
     auto pairs = RandomPairs(seed);
     pairs.insert(pairs.end(), kEdges.begin(), kEdges.end());
-    const auto results = program.Call(routine, Calls(pairs));
-    ASSERT_EQ(results.size(), pairs.size()) << program.Errors;
+    const auto results = CallEach(program, routine, Calls(pairs));
     int agreeing = 0;
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         const auto [left, right] = pairs[i];
@@ -165,8 +149,7 @@ TEST_F(SingleRoutines, OrderingLeavesTheDifferenceAndItsSignAndZeroInTheFlags) {
     });
     auto pairs = RandomPairs(206);
     pairs.insert(pairs.end(), kEdges.begin(), kEdges.end());
-    const auto results = program_->Call("C202", Calls(pairs));
-    ASSERT_EQ(results.size(), pairs.size()) << program_->Errors;
+    const auto results = CallEach(*program_, "C202", Calls(pairs));
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         const uint32_t difference = SingleCompareDifference(pairs[i].first, pairs[i].second);
         ASSERT_EQ((results[i].F & kFlagS) != 0, SingleDifferenceNegative(difference))
@@ -183,8 +166,7 @@ TEST_F(SingleRoutines, EqualityAgreesWithTheModel) {
     pairs.insert(pairs.end(), kEdges.begin(), kEdges.end());
     pairs.insert(pairs.end(),
                  {{0x80000000, 0x00000000}, {0x80123456, 0x00123456}, {0x00000001, 0}});
-    const auto results = program_->Call("C201", Calls(pairs));
-    ASSERT_EQ(results.size(), pairs.size()) << program_->Errors;
+    const auto results = CallEach(*program_, "C201", Calls(pairs));
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         ASSERT_EQ((results[i].F & kFlagZ) != 0, SingleEqual(pairs[i].first, pairs[i].second))
             << Hex(pairs[i].first) << " == " << Hex(pairs[i].second);
@@ -198,21 +180,12 @@ TEST_F(SingleRoutines, SingleToLongTruncatesAndKeepsHL) {
         float value;
         uint32_t expected;
     } cases[] = {
-        {0.0f, 0},
-        {-0.0f, 0},
-        {0.999f, 0},
-        {-0.999f, 0},
-        {1.0f, 1},
-        {-2.75f, 0xFFFFFFFE},
-        {12345.9f, 12345},
-        {-1e9f, static_cast<uint32_t>(-1000000000)},
-        {2147483648.0f, 0x80000000},
-        {3e9f, 3000000000u},
-        {-3e9f, static_cast<uint32_t>(-3000000000LL)},
-        {4294967040.0f, 4294967040u},
-        {5e9f, 0},
-        {1e30f, 0},
-        {1e-30f, 0},
+        // clang-format off
+        {0.0f, 0}, {-0.0f, 0}, {0.999f, 0}, {-0.999f, 0}, {1.0f, 1}, {-2.75f, 0xFFFFFFFE},
+        {12345.9f, 12345}, {-1e9f, static_cast<uint32_t>(-1000000000)}, {2147483648.0f, 0x80000000},
+        {3e9f, 3000000000u}, {-3e9f, static_cast<uint32_t>(-3000000000LL)},
+        {4294967040.0f, 4294967040u}, {5e9f, 0}, {1e30f, 0}, {1e-30f, 0},
+        // clang-format on
     };
     std::vector<RoutineCall> calls;
     std::vector<uint32_t> expected;
@@ -228,8 +201,7 @@ TEST_F(SingleRoutines, SingleToLongTruncatesAndKeepsHL) {
         calls.push_back({bits, kPreservedHL});
         expected.push_back(SingleToLong(bits));
     }
-    const auto results = program_->Call("X001", calls);
-    ASSERT_EQ(results.size(), calls.size()) << program_->Errors;
+    const auto results = CallEach(*program_, "X001", calls);
     for (std::size_t i = 0; i < calls.size(); ++i) {
         ASSERT_EQ(results[i].BCDE, expected[i]) << "X001 of " << Hex(calls[i].BCDE);
         ASSERT_EQ(results[i].HL, kPreservedHL);
@@ -247,9 +219,8 @@ TEST_F(SingleRoutines, LongToSingleRoundsToTheNearestHalvesAway) {
     }
     std::vector<RoutineCall> calls;
     for (uint32_t v : values) calls.push_back({v, kPreservedHL});
-    const auto signedResults = program_->Call("X101", calls);
-    const auto unsignedResults = program_->Call("X111", calls);
-    ASSERT_EQ(unsignedResults.size(), calls.size()) << program_->Errors;
+    const auto signedResults = CallEach(*program_, "X101", calls);
+    const auto unsignedResults = CallEach(*program_, "X111", calls);
     for (std::size_t i = 0; i < values.size(); ++i) {
         const int32_t asSigned = static_cast<int32_t>(values[i]);
         ASSERT_EQ(Hex(signedResults[i].BCDE), Hex(SingleFromDouble(asSigned).Bits))

@@ -22,35 +22,19 @@
 #include <vector>
 
 #include "runtime/single_model.h"
-#include "support/runtime_program.h"
+#include "support/runtime_suite.h"
 
 namespace mb::testing {
 namespace {
 
-class SingleMath : public ::testing::Test {
+class SingleMath : public RuntimeSuite {
   protected:
-    static void SetUpTestSuite() {
-        RuntimeNeeds needs;
-        needs.Set(kNeedSingleMath);
-        program_ = new RuntimeProgram;
-        built_ = program_->Build(needs);
-    }
-    static void TearDownTestSuite() {
-        delete program_;
-        program_ = nullptr;
-    }
-    void SetUp() override { ASSERT_TRUE(built_) << program_->Errors; }
-
+    static void SetUpTestSuite() { Build(NeedsOf({kNeedSingleMath})); }
     static RoutineResult Apply(const char* function, uint32_t argument) {
         return program_->CallOnce(function,
                                   {argument, 0, 0, false, StackOperand::kArgument, argument});
     }
-
-    static RuntimeProgram* program_;
-    static bool built_;
 };
-RuntimeProgram* SingleMath::program_ = nullptr;
-bool SingleMath::built_ = false;
 
 double Ulp(double value) {
     int exponent = 0;
@@ -118,8 +102,7 @@ TEST_F(SingleMath, FunctionsAgreeWithTheCLibraryOverTheirDomains) {
             calls.push_back({bits, 0, 0, false, StackOperand::kArgument, bits});
             xs.push_back(SingleToDouble(bits));
         }
-        const auto results = program_->Call(sweep.function, calls);
-        ASSERT_EQ(results.size(), calls.size()) << program_->Errors;
+        const auto results = CallEach(*program_, sweep.function, calls);
         for (std::size_t i = 0; i < xs.size(); ++i) {
             const double expected = sweep.reference(xs[i]);
             const double got = SingleToDouble(results[i].BCDE);
@@ -139,32 +122,22 @@ TEST_F(SingleMath, ExactValuesDomainErrorsAndOverflows) {
         uint32_t result;
         int error;
     } cases[] = {
+        // clang-format off
         {"F001", S(0), 0, 0},
         {"F001", 0x80000000, 0, 0},  // Sqr(-0) is 0, no error
-        {"F001", S(1), S(1), 0},
-        {"F001", S(4), S(2), 0},
-        {"F001", S(0x1p126), S(0x1p63), 0},
-        {"F001", S(-4), 0, 1},
-        {"F002", S(0), 0, 0},
-        {"F003", S(0), S(1), 0},
-        {"F004", S(0), 0, 0},
+        {"F001", S(1), S(1), 0}, {"F001", S(4), S(2), 0}, {"F001", S(0x1p126), S(0x1p63), 0},
+        {"F001", S(-4), 0, 1}, {"F002", S(0), 0, 0}, {"F003", S(0), S(1), 0}, {"F004", S(0), 0, 0},
         {"F004", 0x3FC90FDB, 0x7F7FFFFF, 2},  // pi/2
-        {"F004", 0xBFC90FDB, 0x7F7FFFFF, 2},
-        {"F004", S(1e-16), 0, 0},
-        {"F004", S(-1e-16), 0, 0},
+        {"F004", 0xBFC90FDB, 0x7F7FFFFF, 2}, {"F004", S(1e-16), 0, 0}, {"F004", S(-1e-16), 0, 0},
         {"F005", S(0), S(1), 0},
         {"F005", 0x42B17218, S(std::exp(SingleToDouble(0x42B17218))), 0},  // 88.72284: still fine
         {"F005", 0x42B17219, 0x7F7FFFFF, 2},                               // just above
         {"F005", S(1e30), 0x7F7FFFFF, 2},
         {"F005", S(-88), 0, 0},  // below the range of the format
-        {"F005", S(-1e30), 0, 0},
-        {"F006", S(1), 0, 0},
-        {"F006", S(0), 0, 1},
-        {"F006", 0x80000000, 0, 1},
-        {"F006", S(-2), 0, 1},
-        {"F007", S(10), S(1), 0},
-        {"F007", S(100), S(2), 0},
-        {"F007", S(-10), 0, 1},
+        {"F005", S(-1e30), 0, 0}, {"F006", S(1), 0, 0}, {"F006", S(0), 0, 1},
+        {"F006", 0x80000000, 0, 1}, {"F006", S(-2), 0, 1}, {"F007", S(10), S(1), 0},
+        {"F007", S(100), S(2), 0}, {"F007", S(-10), 0, 1},
+        // clang-format on
     };
     for (const Case& c : cases) {
         const RoutineResult r = Apply(c.function, c.argument);
@@ -209,8 +182,7 @@ TEST_F(SingleMath, PrivateArithmeticAgreesWithTheModel) {
     std::vector<RoutineCall> calls;
     for (auto [l, r] : pairs) calls.push_back({r, 0x4321, 0, false, StackOperand::kConsumed, l});
     for (const Entry& entry : entries) {
-        const auto results = program_->Call(entry.label, calls);
-        ASSERT_EQ(results.size(), calls.size()) << program_->Errors;
+        const auto results = CallEach(*program_, entry.label, calls);
         for (std::size_t i = 0; i < pairs.size(); ++i) {
             const SingleResult expected = entry.model(pairs[i].first, pairs[i].second);
             ASSERT_EQ(results[i].BCDE, expected.Bits)

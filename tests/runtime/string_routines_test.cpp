@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "support/runtime_program.h"
+#include "support/runtime_suite.h"
 
 namespace mb::testing {
 namespace {
@@ -32,19 +32,13 @@ std::string Wrappers() {
     return text;
 }
 
-class StringRoutines : public ::testing::Test {
+class StringRoutines : public RuntimeSuite {
   protected:
     static void SetUpTestSuite() {
         RuntimeNeeds needs;
         for (std::string_view entry : kStringRoutineEntries) needs.SetStringEntry(entry);
-        program_ = new RuntimeProgram;
-        built_ = program_->Build(needs, kDefaultSingleDecimals, Wrappers());
+        Build(needs, Wrappers());
     }
-    static void TearDownTestSuite() {
-        delete program_;
-        program_ = nullptr;
-    }
-    void SetUp() override { ASSERT_TRUE(built_) << program_->Errors; }
 
     // Calls routine with the source text, capacity B, count C and the two
     // argument cells; the destination is filled with kFill first.
@@ -60,12 +54,7 @@ class StringRoutines : public ::testing::Test {
                               static_cast<uint32_t>(count & 0xFF) << 16 | kSource;
         return program_->CallOnce(routine, {bcde, kDestination});
     }
-
-    static RuntimeProgram* program_;
-    static bool built_;
 };
-RuntimeProgram* StringRoutines::program_ = nullptr;
-bool StringRoutines::built_ = false;
 
 TEST_F(StringRoutines, CopiesCutAtTheCapacityAndAlwaysTerminate) {
     struct Case {
@@ -153,25 +142,18 @@ TEST_F(StringRoutines, LengthSearchCountAndCompare) {
         int capacity, r0;
         int expectedC;
     } cases[] = {
-        {"Len", "SG05", "HELLO", 0, 0, 5},
-        {"Len of empty", "SG05", "", 0, 0, 0},
-        {"Len at most B", "SG05", "HELLO", 3, 0, 3},
-        {"Len above 127", "SG05", "\x80\xFF", 0, 0, 2},
-        {"InStr", "SG65", "HELLO", 0, 'L', 3},
-        {"InStr first place", "SG65", "HELLO", 0, 'H', 1},
-        {"InStr not found", "SG65", "HELLO", 0, 'Z', 0},
-        {"InStr in empty", "SG65", "", 0, 'A', 0},
-        {"InStr above 127", "SG65", "ab\xE9", 0, 0xE9, 3},
-        {"InStrRev", "SG60", "HELLO", 0, 'L', 4},
+        // clang-format off
+        {"Len", "SG05", "HELLO", 0, 0, 5}, {"Len of empty", "SG05", "", 0, 0, 0},
+        {"Len at most B", "SG05", "HELLO", 3, 0, 3}, {"Len above 127", "SG05", "\x80\xFF", 0, 0, 2},
+        {"InStr", "SG65", "HELLO", 0, 'L', 3}, {"InStr first place", "SG65", "HELLO", 0, 'H', 1},
+        {"InStr not found", "SG65", "HELLO", 0, 'Z', 0}, {"InStr in empty", "SG65", "", 0, 'A', 0},
+        {"InStr above 127", "SG65", "ab\xE9", 0, 0xE9, 3}, {"InStrRev", "SG60", "HELLO", 0, 'L', 4},
         {"InStrRev last place", "SG60", "HELLO", 0, 'O', 5},
         {"InStrRev not found", "SG60", "HELLO", 0, 'Z', 0},
-        {"CountChr", "SG75", "HELLO", 0, 'L', 2},
-        {"CountChr none", "SG75", "HELLO", 0, 'Z', 0},
+        {"CountChr", "SG75", "HELLO", 0, 'L', 2}, {"CountChr none", "SG75", "HELLO", 0, 'Z', 0},
         {"CountChr in empty", "SG75", "", 0, 'L', 0},
-        {"CountChr above 127", "SG75",
-         "\xFF"
-         "a\xFF",
-         0, 0xFF, 2},
+        {"CountChr above 127", "SG75", "\xFF" "a\xFF", 0, 0xFF, 2},
+        // clang-format on
     };
     for (const Case& c : cases) {
         const RoutineResult r = Run(c.routine, c.source, c.capacity, 0, c.r0);

@@ -4,6 +4,8 @@
 // address comments) are read back.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -92,6 +94,22 @@ class BasicRun {
         return true;
     }
 
+    // What the program printed on outPort, or why it did not run to its end.
+    std::string RunOutput(const std::string& text, int outPort = 1) {
+        return CompileAndRun(text, outPort) ? run.Output : "(" + Failure + ")";
+    }
+
+    // The one error of a compile that fails at line and writes no .asm, or
+    // what happened instead.
+    std::string ErrorAt(const std::string& text, int line) {
+        const int got = Compile(text);
+        const std::string first = sink.errors.empty() ? "" : ": " + sink.errors[0];
+        if (got != line) return "(the compile ended at line " + std::to_string(got) + first + ")";
+        if (sink.errors.size() != 1) return "(" + std::to_string(sink.errors.size()) + " errors)";
+        if (Exists("prog.asm")) return "(a failed compile left its .asm)";
+        return sink.errors[0];
+    }
+
     std::string Asm() const { return Read("prog.asm"); }
 
     // The address the listing's comment gives a variable: "The address of 'x'".
@@ -115,10 +133,46 @@ class BasicRun {
 };
 
 // "a\nb" with CR LF line ends, for program texts in tests.
-inline std::string Lines(std::initializer_list<std::string> lines) {
+inline std::string Lines(const std::vector<std::string>& lines) {
     std::string text;
     for (const std::string& line : lines) text += line + "\r\n";
     return text;
 }
+
+// Rows of the compiler's tables: a program and what it prints on port 1; a
+// program and its one error with the error's line; one line behind a table's
+// fixed declarations and the text its error gives behind the line.
+struct RunCase {
+    const char* name;
+    std::vector<std::string> lines;
+    std::string output;
+};
+struct ErrorCase {
+    const char* name;
+    std::vector<std::string> lines;
+    int line;
+    std::string message;  // what the error box says behind the text of the line
+};
+struct LineError {
+    const char* name;
+    std::string line;
+    std::string message;
+};
+inline void PrintTo(const RunCase& c, std::ostream* os) {
+    *os << c.name;
+}
+inline void PrintTo(const ErrorCase& c, std::ostream* os) {
+    *os << c.name;
+}
+inline void PrintTo(const LineError& c, std::ostream* os) {
+    *os << c.name;
+}
+// The whole text of the error box of a row.
+inline std::string ErrorText(const ErrorCase& c) {
+    return "Error in line " + std::to_string(c.line) + ":\r\n" + c.lines[c.line - 1] + "\r\n" +
+           c.message;
+}
+// The test name of a row: its name.
+inline constexpr auto CaseName = [](const auto& info) { return std::string(info.param.name); };
 
 }  // namespace mb::testing

@@ -70,6 +70,13 @@ inline uint32_t RandomSingle(std::mt19937& rng, uint32_t exponentFrom, uint32_t 
     return sign | exponent << 23 | fraction;
 }
 
+// The needs of the groups of flags.
+inline RuntimeNeeds NeedsOf(std::initializer_list<int> flags) {
+    RuntimeNeeds needs;
+    for (int flag : flags) needs.Set(flag);
+    return needs;
+}
+
 inline std::string RuntimeTestHeader() {
     return "\t.ORG 0000H\r\n"
            "REG_R0\t.EQU 0FE00H\r\nREG_R1\t.EQU 0FE01H\r\nREG_R2\t.EQU 0FE02H\r\n"

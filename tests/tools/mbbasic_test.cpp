@@ -2,62 +2,25 @@
 // assembled by the built tool, checked on its output files, messages and exit
 // status.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
-namespace {
+#include "tests/support/tool_run.h"
 
-namespace fs = std::filesystem;
+namespace mb::testing {
+namespace {
 
 const std::string kMbbasic = MB_BINARY_DIR "/tools/mbbasic/mbbasic";
 const std::string kMbsim = MB_BINARY_DIR "/tools/mbsim/mbsim";
 
-struct Result {
-    int status = -1;
-    std::string out, err;
-};
-
-class MbbasicTest : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        dir = fs::temp_directory_path() /
-              ("mbbasic_" +
-               std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
-        fs::remove_all(dir);
-        fs::create_directories(dir);
-    }
-    void TearDown() override { fs::remove_all(dir); }
-
-    void Write(const std::string& name, const std::string& text) {
-        std::ofstream(dir / name, std::ios::binary) << text;
-    }
-    std::string Read(const std::string& name) {
-        std::ifstream in(dir / name, std::ios::binary);
-        std::stringstream s;
-        s << in.rdbuf();
-        return s.str();
-    }
-    bool Exists(const std::string& name) { return fs::exists(dir / name); }
-    Result Run(const std::string& tool, const std::string& args) {
-        const std::string command =
-            "cd '" + dir.string() + "' && '" + tool + "' " + args + " > stdout.txt 2> stderr.txt";
-        const int raw = std::system(command.c_str());
-        return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, Read("stdout.txt"), Read("stderr.txt")};
-    }
-
-    fs::path dir;
-};
+using MbbasicTest = ToolTest;
 
 TEST_F(MbbasicTest, CompilesAssemblesAndTheProgramRuns) {
-    Write("prog.bas",
-          "Dim value As Word\r\nConst start = 1234H\r\nASM: LD HL,start\r\nASM: LD (value),HL\r\n"
-          "End\r\n");
-    const Result r = Run(kMbbasic, "prog.bas");
+    WriteText(
+        "prog.bas",
+        "Dim value As Word\r\nConst start = 1234H\r\nASM: LD HL,start\r\nASM: LD (value),HL\r\n"
+        "End\r\n");
+    const ToolResult r = Run(kMbbasic, "prog.bas");
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.out.find("The compilation process was successful."), std::string::npos);
     EXPECT_NE(r.out.find("Generated OBJ file: "), std::string::npos);
@@ -65,13 +28,13 @@ TEST_F(MbbasicTest, CompilesAssemblesAndTheProgramRuns) {
     EXPECT_TRUE(Exists("prog.lst"));
     EXPECT_TRUE(Exists("prog.obj"));
     EXPECT_FALSE(Exists("prog.hex"));
-    const Result sim = Run(kMbsim, "--dump FEFE-FEFF prog.obj");
+    const ToolResult sim = Run(kMbsim, "--dump FEFE-FEFF prog.obj");
     EXPECT_EQ(sim.status, 0) << sim.err;
     EXPECT_NE(sim.out.find("FEFE: 34 12"), std::string::npos) << sim.out;
 }
 
 TEST_F(MbbasicTest, CompileOnlyAndHex) {
-    Write("prog.bas", "Dim a As Byte\r\nASM: LD (a),A\r\n");
+    WriteText("prog.bas", "Dim a As Byte\r\nASM: LD (a),A\r\n");
     EXPECT_EQ(Run(kMbbasic, "--compile-only prog.bas").status, 0);
     EXPECT_TRUE(Exists("prog.asm"));
     EXPECT_FALSE(Exists("prog.obj"));
@@ -80,23 +43,23 @@ TEST_F(MbbasicTest, CompileOnlyAndHex) {
 }
 
 TEST_F(MbbasicTest, ErrorsNameTheFileAndLine) {
-    Write("sub.bas", "Dim inner As Byte\r\nDim 9x As Byte\r\n");
-    Write("prog.bas", "Dim a As Byte\r\nEnd\r\nEnd\r\n");
-    Result r = Run(kMbbasic, "prog.bas");
+    WriteText("sub.bas", "Dim inner As Byte\r\nDim 9x As Byte\r\n");
+    WriteText("prog.bas", "Dim a As Byte\r\nEnd\r\nEnd\r\n");
+    ToolResult r = Run(kMbbasic, "prog.bas");
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err,
               "prog.bas:3: error: Duplicate End statement.\n    Incorrect program structure.\n");
     EXPECT_FALSE(Exists("prog.asm"));
 
-    Write("prog.bas", "Dim a As Byte\r\nInclude \"sub.bas\"\r\nEnd\r\n");
+    WriteText("prog.bas", "Dim a As Byte\r\nInclude \"sub.bas\"\r\nEnd\r\n");
     r = Run(kMbbasic, "prog.bas");
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err, "sub.bas:2: error: Incorrect variable name.\n");
 }
 
 TEST_F(MbbasicTest, WarningsUnlessSwitchedOff) {
-    Write("prog.bas", "Dim idle As Byte\r\nDim used As Byte\r\nASM: LD (used),A\r\n");
-    Result r = Run(kMbbasic, "--compile-only prog.bas");
+    WriteText("prog.bas", "Dim idle As Byte\r\nDim used As Byte\r\nASM: LD (used),A\r\n");
+    ToolResult r = Run(kMbbasic, "--compile-only prog.bas");
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.err, "prog.bas:1: warning: Unused declaration: Dim idle As Byte\n");
     r = Run(kMbbasic, "--compile-only --no-warnings prog.bas");
@@ -104,8 +67,8 @@ TEST_F(MbbasicTest, WarningsUnlessSwitchedOff) {
 }
 
 TEST_F(MbbasicTest, AnAssemblyErrorOfTheGeneratedTextIsReported) {
-    Write("prog.bas", "ASM: LD Q,1\r\n");
-    const Result r = Run(kMbbasic, "prog.bas");
+    WriteText("prog.bas", "ASM: LD Q,1\r\n");
+    const ToolResult r = Run(kMbbasic, "prog.bas");
     EXPECT_EQ(r.status, 1);
     EXPECT_NE(r.err.find("prog.asm:"), std::string::npos) << r.err;
     EXPECT_NE(r.err.find("Generated assembler source contains 1 errors."), std::string::npos);
@@ -118,7 +81,7 @@ TEST_F(MbbasicTest, BadUsageAndUnreadableFiles) {
     EXPECT_EQ(Run(kMbbasic, "--bogus x.bas").status, 2);
     EXPECT_EQ(Run(kMbbasic, "--clock nan x.bas").status, 2);
     EXPECT_EQ(Run(kMbbasic, "").status, 2);
-    const Result help = Run(kMbbasic, "--help");
+    const ToolResult help = Run(kMbbasic, "--help");
     EXPECT_EQ(help.status, 0);
     for (const char* flag : {"--initialize-variables", "--no-optimize-variables", "--dynamic-temps",
                              "--debug-files", "--no-line-crypting", "--compile-only"}) {
@@ -126,15 +89,11 @@ TEST_F(MbbasicTest, BadUsageAndUnreadableFiles) {
     }
 }
 
-}  // namespace
-
-namespace {
-
 TEST_F(MbbasicTest, ReportsPrintToTheCharacter) {
-    Write("prog.bas", "Dim a As Byte\r\nDim n As Integer\r\na = 1\r\nn = a\r\n");
-    const Result r = Run(kMbbasic,
-                         "--compile-only --no-optimize-variables --report-variables "
-                         "--report-usage prog.bas");
+    WriteText("prog.bas", "Dim a As Byte\r\nDim n As Integer\r\na = 1\r\nn = a\r\n");
+    const ToolResult r = Run(kMbbasic,
+                             "--compile-only --no-optimize-variables --report-variables "
+                             "--report-usage prog.bas");
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.out.find("Name      Type      Address   Scope     \n"
                          "---------------------------------------------\n"
@@ -147,3 +106,4 @@ TEST_F(MbbasicTest, ReportsPrintToTheCharacter) {
 }
 
 }  // namespace
+}  // namespace mb::testing

@@ -1,68 +1,22 @@
 // mbsim end to end: small hand-assembled programs written to a temporary
 // folder, run by the built program, checked on stdout, stderr and exit status.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "core/numtext.h"
+#include "tests/support/tool_run.h"
 
+namespace mb::testing {
 namespace {
 
 namespace fs = std::filesystem;
 
-const std::string kMbsim = MB_BINARY_DIR "/tools/mbsim/mbsim";
-
-struct Result {
-    int status = -1;
-    std::string out, err;
-};
-
-std::string ReadFile(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
-class MbsimTest : public ::testing::Test {
+class MbsimTest : public ToolTest {
   protected:
-    fs::path dir;
-
-    void SetUp() override {
-        dir = fs::temp_directory_path() /
-              ("mbsim_" +
-               std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
-        fs::remove_all(dir);
-        fs::create_directories(dir);
-    }
-    void TearDown() override { fs::remove_all(dir); }
-
-    fs::path Write(const std::string& name, const std::vector<int>& bytes) {
-        std::string text;
-        for (int b : bytes) text += static_cast<char>(b);
-        return WriteText(name, text);
-    }
-    fs::path WriteText(const std::string& name, const std::string& text) {
-        std::ofstream(dir / name, std::ios::binary) << text;
-        return dir / name;
-    }
-    // Runs mbsim in the temporary folder with `input` on stdin.
-    Result Run(const std::string& args, const std::string& input = "") {
-        WriteText("stdin.txt", input);
-        const std::string command = "cd '" + dir.string() + "' && '" + kMbsim + "' " + args +
-                                    " < stdin.txt > stdout.txt 2> stderr.txt";
-        const int raw = std::system(command.c_str());
-        Result r;
-        r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        r.out = ReadFile(dir / "stdout.txt");
-        r.err = ReadFile(dir / "stderr.txt");
-        return r;
+    ToolResult Run(const std::string& args, const std::string& input = "") {
+        return ToolTest::Run(MB_BINARY_DIR "/tools/mbsim/mbsim", args, input);
     }
 };
 
@@ -97,7 +51,7 @@ std::string HexText(const std::vector<int>& bytes, int address) {
 
 TEST_F(MbsimTest, PrintsHelloThroughAPort) {
     Write("hello.obj", kHello);
-    const Result r = Run("--out-port 01 hello.obj");
+    const ToolResult r = Run("--out-port 01 hello.obj");
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out, "HELLO");
     // LD HL; six per character; the last LD, OR, JR; HALT.
@@ -110,17 +64,17 @@ TEST_F(MbsimTest, PrintsHelloThroughAPort) {
 TEST_F(MbsimTest, LoadsHexWritesLogsAndStopsAtAnAddress) {
     WriteText("hello.hex", HexText(kHello, 0));
     fs::create_directories(dir / "logs");
-    const Result r =
+    const ToolResult r =
         Run("--out-port 1H --stop-at 000CH --log --iolog --log-dir logs --clock 2 hello.hex");
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out, "HELLO");
     EXPECT_NE(r.err.find("is 34.\n"), std::string::npos) << r.err;  // the HALT did not run
     EXPECT_NE(r.err.find("at 2.0MHz."), std::string::npos);
-    const std::string log = ReadFile(dir / "logs" / "log.txt");
+    const std::string log = Read(fs::path("logs") / "log.txt");
     EXPECT_EQ(log.rfind("Simulation started at ", 0), 0u);
     EXPECT_NE(log.find("\r\n      10000  LD HL,000DH     "), std::string::npos);
     EXPECT_NE(log.find("Simulation stopped at "), std::string::npos);
-    const std::string io = ReadFile(dir / "logs" / "io.txt");
+    const std::string io = Read(fs::path("logs") / "io.txt");
     EXPECT_NE(io.find("\t0007H: OUT (01H),A\tData 48H sent to port 01H\r\n"), std::string::npos)
         << io;
     EXPECT_FALSE(fs::exists(dir / "log.txt"));
@@ -135,7 +89,7 @@ TEST_F(MbsimTest, EchoesStandardInputUntilItsEnd) {
                           0x18, 0xF7,  // 0007 JR 0000H
                           0x76,        // 0009 HALT
                       });
-    const Result r = Run("--in-port 2 --out-port 1 echo.obj", "line one\nand two");
+    const ToolResult r = Run("--in-port 2 --out-port 1 echo.obj", "line one\nand two");
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out, "line one\nand two");
 }
@@ -176,7 +130,7 @@ TEST_F(MbsimTest, TerminalOnStdinAndStdout) {
                      });
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args);
-        const Result r = Run(c.args, c.input);
+        const ToolResult r = Run(c.args, c.input);
         EXPECT_EQ(r.status, 0) << r.err;
         EXPECT_EQ(r.out, c.output);
     }
@@ -193,16 +147,16 @@ TEST_F(MbsimTest, RunsCpmStringOutput) {
                         0xC9,              // 010F RET (to 0000H)
                         'H',  'i',  ' ',  'C', 'P', '/', 'M', '$',
                     });
-    const Result r = Run("--cpm hi.obj");
+    const ToolResult r = Run("--cpm hi.obj");
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out, "Hi CP/M!");
 
     // The same program under the name CP/M gives its programs.
     fs::copy_file(dir / "hi.obj", dir / "HI.COM");
-    const Result com = Run("--cpm HI.COM");
+    const ToolResult com = Run("--cpm HI.COM");
     EXPECT_EQ(com.status, 0) << com.err;
     EXPECT_EQ(com.out, "Hi CP/M!");
-    const Result plain = Run("HI.COM");
+    const ToolResult plain = Run("HI.COM");
     EXPECT_EQ(plain.status, 2);
     EXPECT_NE(plain.err.find("HI.COM: a CP/M .com program needs --cpm"), std::string::npos)
         << plain.err;
@@ -210,7 +164,7 @@ TEST_F(MbsimTest, RunsCpmStringOutput) {
 
 TEST_F(MbsimTest, InstructionLimitHasItsOwnStatus) {
     Write("spin.obj", {0x00, 0xC3, 0x00, 0x00});  // NOP; JP 0000H
-    const Result r = Run("--max-instructions 100 spin.obj");
+    const ToolResult r = Run("--max-instructions 100 spin.obj");
     EXPECT_EQ(r.status, 3);
     EXPECT_NE(r.err.find("Total number of executed instructions is 100.\n"), std::string::npos)
         << r.err;
@@ -221,7 +175,7 @@ TEST_F(MbsimTest, InstructionLimitHasItsOwnStatus) {
 
 TEST_F(MbsimTest, OffsetStartAndBench) {
     Write("z.obj", {0x3E, 'Z', 0xD3, 0x07, 0x76});  // LD A,'Z'; OUT (07H),A; HALT
-    const Result r = Run("--offset 4000 --start 0x4000 --out-port 7 --bench z.obj");
+    const ToolResult r = Run("--offset 4000 --start 0x4000 --out-port 7 --bench z.obj");
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out.substr(0, 1), "Z");
     EXPECT_NE(r.out.find("3 instructions in "), std::string::npos) << r.out;
@@ -239,7 +193,7 @@ TEST_F(MbsimTest, DumpsMemoryAfterTheProgramsOutput) {
                           0x76,              // 000C HALT
                       });
     // Rows start at FROM, 16 bytes each; the last one stops at TO.
-    const Result r = Run("--out-port 1 --dump 7FFE-8011 poke.obj");
+    const ToolResult r = Run("--out-port 1 --dump 7FFE-8011 poke.obj");
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out,
               "H\n"
@@ -247,12 +201,12 @@ TEST_F(MbsimTest, DumpsMemoryAfterTheProgramsOutput) {
               "800E: 00 00 00 00\n");
 
     // Without output of its own the dump is all; one byte, and the H form.
-    const Result one = Run("--dump 0003H-0003H poke.obj");
+    const ToolResult one = Run("--dump 0003H-0003H poke.obj");
     EXPECT_EQ(one.status, 0) << one.err;
     EXPECT_EQ(one.out, "0003: 36\n");
 
     // The top of memory ends the last row without running past it.
-    const Result top = Run("--dump FFF8-FFFF poke.obj");
+    const ToolResult top = Run("--dump FFF8-FFFF poke.obj");
     EXPECT_EQ(top.out, "FFF8: 00 00 00 00 00 00 00 00\n");
 }
 
@@ -300,12 +254,12 @@ TEST_F(MbsimTest, BadInputIsReportedWithStatus2) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args);
-        const Result r = Run(c.args);
+        const ToolResult r = Run(c.args);
         EXPECT_EQ(r.status, 2);
         EXPECT_NE(r.err.find(c.message), std::string::npos) << r.err;
         EXPECT_EQ(r.out, "");
     }
-    const Result help = Run("--help");
+    const ToolResult help = Run("--help");
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.out.find("Usage: mbsim"), std::string::npos);
     EXPECT_NE(help.out.find("--dump FROM-TO"), std::string::npos);
@@ -313,3 +267,4 @@ TEST_F(MbsimTest, BadInputIsReportedWithStatus2) {
 }
 
 }  // namespace
+}  // namespace mb::testing

@@ -19,11 +19,7 @@ std::string Classes(const std::string& line) {
 }
 
 TEST(AsmHighlight, WordsGetTheirClasses) {
-    struct Case {
-        const char* line;
-        const char* expected;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"\tld a,(ix+5)", "ld:mn a:reg ix:reg 5:num"},
         {"loop:\tDJNZ loop ; again", "DJNZ:mn ; again:com"},
         {"start LD HL,0FFFFh", "LD:mn HL:reg 0FFFFh:num"},
@@ -37,7 +33,7 @@ TEST(AsmHighlight, WordsGetTheirClasses) {
         {"\tDB 'open", "DB:dir 'open:str"},
         {"", ""},
     };
-    for (const Case& c : cases) EXPECT_EQ(Classes(c.line), c.expected) << c.line;
+    for (const auto& [line, expected] : cases) EXPECT_EQ(Classes(line), expected) << line;
 }
 
 TEST(AsmHighlight, SpansStayInsideTheLine) {

@@ -8,25 +8,21 @@ namespace mb {
 namespace {
 
 TEST(EditorMarks, RoundTripKeepsTextAndMarks) {
-    struct Case {
-        const char* text;
-        EditorMarks marks;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, EditorMarks> cases[] = {
         {"\tLD A,1\n\tHALT\n", {{1}, {2}}},
         {"\tLD A,1\r\n\tHALT\r\n", {{}, {1, 2}}},
         {"\tNOP", {{1}, {}}},
         {"", {{}, {}}},
     };
-    for (const Case& c : cases) {
-        std::string stored = AppendMarksComment(c.text, c.marks);
+    for (const auto& [text, marks] : cases) {
+        std::string stored = AppendMarksComment(text, marks);
         EditorMarks read;
-        ASSERT_TRUE(TakeMarksComment(stored, read, 100)) << c.text;
-        EXPECT_EQ(read, c.marks) << c.text;
-        std::string expected = c.text;
+        ASSERT_TRUE(TakeMarksComment(stored, read, 100)) << text;
+        EXPECT_EQ(read, marks) << text;
+        std::string expected = text;
         while (!expected.empty() && (expected.back() == '\n' || expected.back() == '\r'))
             expected.pop_back();
-        EXPECT_EQ(stored, expected) << c.text;
+        EXPECT_EQ(stored, expected) << text;
     }
 }
 

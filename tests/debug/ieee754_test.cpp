@@ -14,6 +14,7 @@ TEST(Ieee754, ConversionsAsTheCompilerStoresThem) {
         const char* exact;
         const char* resolution;
     } cases[] = {
+        {0, "00 00 00 00", "0", "0"},
         {1, "3F 80 00 00", "1", "0"},
         {0.1, "3D CC CC CD", "0.10000000149011612", "7.450580596923828e-09"},
         {-2.5, "C0 20 00 00", "-2.5", "0"},
@@ -29,19 +30,12 @@ TEST(Ieee754, ConversionsAsTheCompilerStoresThem) {
     }
 }
 
-TEST(Ieee754, ZeroShowsTheFixedTexts) {
-    const Ieee754Texts t = ToIeee754(0);
-    EXPECT_EQ(t.entered, "0");
-    EXPECT_EQ(t.binary,
-              "SEEEEEEE  EMMMMMMM  MMMMMMMM  MMMMMMMM\n00000000  00000000  00000000  00000000");
-    EXPECT_EQ(t.hex, "00 00 00 00");
-    EXPECT_EQ(t.exactValue, "0");
-    EXPECT_EQ(t.resolution, "0");
-}
-
-TEST(Ieee754, BinaryFieldGroupsTheBits) {
-    EXPECT_EQ(ToIeee754(1).binary,
-              "SEEEEEEE  EMMMMMMM  MMMMMMMM  MMMMMMMM\n00111111  10000000  00000000  00000000");
+// The binary field groups the bits under a heading; zero shows its fixed texts.
+TEST(Ieee754, BinaryFieldAndTheTextsOfZero) {
+    const std::string heading = "SEEEEEEE  EMMMMMMM  MMMMMMMM  MMMMMMMM\n";
+    EXPECT_EQ(ToIeee754(1).binary, heading + "00111111  10000000  00000000  00000000");
+    EXPECT_EQ(ToIeee754(0).binary, heading + "00000000  00000000  00000000  00000000");
+    EXPECT_EQ(ToIeee754(0).entered, "0");
 }
 
 TEST(Ieee754, AllOnesMantissaRoundingUpLosesTheCarry) {

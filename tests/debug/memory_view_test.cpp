@@ -14,29 +14,21 @@
 namespace mb {
 namespace {
 
-// A write as the data path leaves it.
-void Write(Machine& m, int address) {
-    m.LastWriteAddress = address;
-}
-
 TEST(MemoryViewTest, WritePointerScrollsToStandEightRowsBelowTheTop) {
-    struct Case {
-        int address;
-        int topRow;  // expected after the write
-    };
-    const Case cases[] = {
+    // A write address and the top row after it
+    const std::pair<int, int> cases[] = {
         {0x0000, 0},    {0x0005, 0},     {0x0080, 0},    {0x008F, 0},  // rows 0..8: no row above
         {0x0090, 1},    {0x1234, 0x11B}, {0xFF6F, 4078}, {0xFF7F, 4079},
         {0xFF80, 4080}, {0xFFF0, 4080},  {0xFFFF, 4080},  // the view never runs past FFFFh
     };
-    for (const Case& c : cases) {
+    for (const auto& [address, topRow] : cases) {
         Machine m;
         MemoryView view(1);
-        view.SetTopRow(c.address < 0x8000 ? 0x800 : 0);  // off the view
-        Write(m, c.address);
+        view.SetTopRow(address < 0x8000 ? 0x800 : 0);  // off the view
+        m.LastWriteAddress = address;
         EXPECT_TRUE(view.memorijaprint(m));
-        EXPECT_EQ(view.TopRow(), c.topRow) << pb_hex4(c.address);
-        EXPECT_EQ(view.WritePointer(), c.address) << pb_hex4(c.address);
+        EXPECT_EQ(view.TopRow(), topRow) << pb_hex4(address);
+        EXPECT_EQ(view.WritePointer(), address) << pb_hex4(address);
     }
 }
 
@@ -45,22 +37,22 @@ TEST(MemoryViewTest, EveryAddressEndsOnTheViewAndAWriteOnTheViewDoesNotScroll) {
     MemoryView view(1);
     for (int address = 0; address < kMemorySize; ++address) {
         view.SetTopRow(address < 0x8000 ? kLastTopRow : 0);
-        Write(m, address);
+        m.LastWriteAddress = address;
         view.memorijaprint(m);
         ASSERT_TRUE(view.OnView(address)) << pb_hex4(address);
         ASSERT_GE(view.TopRow(), 0);
         ASSERT_LE(view.TopRow(), kLastTopRow);
     }
     view.SetTopRow(0x100);
-    Write(m, 0x2000);  // off the view: scrolls
+    m.LastWriteAddress = 0x2000;  // off the view: scrolls
     view.memorijaprint(m);
     EXPECT_EQ(view.TopRow(), 0x1F8);
-    Write(m, (0x1F8 + 15) * 16 + 3);  // on the last visible row: stays
+    m.LastWriteAddress = (0x1F8 + 15) * 16 + 3;  // on the last visible row: stays
     view.memorijaprint(m);
     EXPECT_EQ(view.TopRow(), 0x1F8);
 }
 
-TEST(MemoryViewTest, ReadPointerFollowsReadsLikeTheWritePointer) {
+TEST(MemoryViewTest, ReadPointerFollowsReadsAndCleanTakesThePointersAway) {
     Machine m;
     MemoryView view(2);
     m.LastReadAddress = 0x9000;
@@ -68,6 +60,13 @@ TEST(MemoryViewTest, ReadPointerFollowsReadsLikeTheWritePointer) {
     EXPECT_EQ(view.ReadPointer(), 0x9000);
     EXPECT_EQ(view.WritePointer(), -1);
     EXPECT_EQ(view.TopRow(), 0x900 - 8);
+    m.LastWriteAddress = 0x9010;
+    view.memorijaprint(m);
+    ASSERT_EQ(view.WritePointer(), 0x9010);
+    clean(m);
+    view.memorijaprint(m);
+    EXPECT_EQ(view.WritePointer(), -1);
+    EXPECT_EQ(view.ReadPointer(), -1);
 }
 
 TEST(MemoryViewTest, AccessOutsideTheRangeMovesNoPointer) {
@@ -75,19 +74,19 @@ TEST(MemoryViewTest, AccessOutsideTheRangeMovesNoPointer) {
     Machine m;
     MemoryView view(1);
     ASSERT_EQ(view.SetRange(settings, "8000", "80FF"), "");
-    Write(m, 0x8010);
+    m.LastWriteAddress = 0x8010;
     m.LastReadAddress = 0x80F0;
     view.memorijaprint(m);
     const int top = view.TopRow();
     for (int outside : {0x7FFF, 0x8100, 0x0000, 0xFFFF}) {
-        Write(m, outside);
+        m.LastWriteAddress = outside;
         m.LastReadAddress = outside;
         view.memorijaprint(m);
         EXPECT_EQ(view.WritePointer(), 0x8010) << pb_hex4(outside);
         EXPECT_EQ(view.ReadPointer(), 0x80F0) << pb_hex4(outside);
         EXPECT_EQ(view.TopRow(), top) << pb_hex4(outside);
     }
-    Write(m, 0x80FF);  // the range's ends are inside
+    m.LastWriteAddress = 0x80FF;  // the range's ends are inside
     view.memorijaprint(m);
     EXPECT_EQ(view.WritePointer(), 0x80FF);
 }
@@ -97,24 +96,12 @@ TEST(MemoryViewTest, WithoutTrackingThereAreNoPointersAndNoScrolling) {
     Machine m;
     MemoryView view(3);
     view.SetTrackRW(settings, false);
-    Write(m, 0xC000);
+    m.LastWriteAddress = 0xC000;
     m.LastReadAddress = 0xC001;
     EXPECT_TRUE(view.memorijaprint(m));
     EXPECT_EQ(view.WritePointer(), -1);
     EXPECT_EQ(view.ReadPointer(), -1);
     EXPECT_EQ(view.TopRow(), 0);
-}
-
-TEST(MemoryViewTest, CleanTakesThePointersAway) {
-    Machine m;
-    MemoryView view(1);
-    Write(m, 0x10);
-    m.LastReadAddress = 0x20;
-    view.memorijaprint(m);
-    clean(m);
-    view.memorijaprint(m);
-    EXPECT_EQ(view.WritePointer(), -1);
-    EXPECT_EQ(view.ReadPointer(), -1);
 }
 
 TEST(MemoryViewTest, OptimizeSkipsRepeatedWritesToOneAddressAtUltimateOnly) {
@@ -134,11 +121,11 @@ TEST(MemoryViewTest, OptimizeSkipsRepeatedWritesToOneAddressAtUltimateOnly) {
         MemoryView view(1);
         view.Optimize = c.optimize;
         view.TrackRW = c.track;
-        Write(m, 0x4000);
+        m.LastWriteAddress = 0x4000;
         EXPECT_TRUE(view.memorijaprint(m));
         EXPECT_EQ(view.memorijaprint(m), c.redrawsRepeat) << c.rate << c.optimize << c.track;
         EXPECT_TRUE(view.memorijaprint(m, true)) << "force";
-        Write(m, 0x4001);
+        m.LastWriteAddress = 0x4001;
         EXPECT_TRUE(view.memorijaprint(m)) << "a new address";
     }
 }
@@ -186,10 +173,8 @@ TEST(MemoryViewTest, SettingsAreKeptPerEditor) {
     MemorySettingsStore settings;
     MemoryView first(1), third(3);
     first.LoadSettings(settings);
-    EXPECT_TRUE(settings.Contains("Memory Editor 1 Track R/W Access"));
-    EXPECT_TRUE(settings.Contains("Memory Editor 1 Track R/W Range Start"));
-    EXPECT_TRUE(settings.Contains("Memory Editor 1 Track R/W Range End"));
-    EXPECT_TRUE(settings.Contains("Memory Editor 1 Track R/W Optimization"));
+    for (const char* key : {"Access", "Range Start", "Range End", "Optimization"})
+        EXPECT_TRUE(settings.Contains(std::string("Memory Editor 1 Track R/W ") + key)) << key;
     third.SetOptimize(settings, true);
     third.SetTrackRW(settings, false);
     MemoryView reread(3), other(1);
@@ -206,7 +191,7 @@ TEST(MemoryViewTest, SettingsAreKeptPerEditor) {
     EXPECT_EQ(second.RangeText(), "0000h-FFFFh");
 }
 
-TEST(MemoryViewTest, DumpRowsStandUnderTheirHeadings) {
+TEST(MemoryViewTest, DumpAndPortRowsStandUnderTheirHeadings) {
     Machine m;
     for (int i = 0; i < 16; ++i) m.MemoryImage[0x1230 + i] = i == 1 ? 'A' : 0x7E + i;
     const std::string heading = DumpHeadingLine(true);
@@ -228,14 +213,11 @@ TEST(MemoryViewTest, DumpRowsStandUnderTheirHeadings) {
     std::string zeros;
     for (int i = 0; i < 16; ++i) zeros += "00 ";
     EXPECT_EQ(DumpRowText(m, 0xFFF, false), "FFF0: " + zeros);
-}
-
-TEST(MemoryViewTest, PortRowsShareTheCellColumns) {
-    Machine m;
+    // Port rows share the cell columns.
     m.PortImage[0xF3] = 0x5A;
-    const std::string row = PortRowText(m, 0xF);
-    EXPECT_EQ(row.substr(0, 6), "F0h:  ");
-    EXPECT_EQ(row.substr(DumpCellPosition(3), 2), "5A");
+    const std::string port = PortRowText(m, 0xF);
+    EXPECT_EQ(port.substr(0, 6), "F0h:  ");
+    EXPECT_EQ(port.substr(DumpCellPosition(3), 2), "5A");
     EXPECT_EQ(PortRowText(m, 0).substr(0, 6), "00h:  ");
 }
 
@@ -262,12 +244,10 @@ TEST(CellEntryTest, DigitRules) {
         std::vector<int> cells, values;
         for (const char* k = c.keys; *k; ++k) {
             CellEntry::Outcome out;
-            if (*k == '\n') {
-                out = entry.Finish();
-            } else if (*k == '\b') {
-                entry.Backspace();
-            } else {
-                out = entry.Key(*k);
+            switch (*k) {
+                case '\n': out = entry.Finish(); break;
+                case '\b': entry.Backspace(); break;
+                default: out = entry.Key(*k);
             }
             if (out.cell >= 0) {
                 cells.push_back(out.cell);
@@ -331,16 +311,14 @@ TEST(MemoryViewTest, TheWritePathCallsTheEditorsOnlyWhileOneIsOpen) {
     const std::vector<int> nextAddress = {0x21, 0x00, 0x80, 0x77, 0x23, 0x18, 0xFC};
     const int instructions = 1 + 2 * 100;  // 100 writes
 
-    const WritePathRun closed = RunOnWritePath(sameAddress, false, true, instructions);
-    EXPECT_EQ(closed.calls, 0);
+    EXPECT_EQ(RunOnWritePath(sameAddress, false, true, instructions).calls, 0);
 
     const WritePathRun optimized = RunOnWritePath(sameAddress, true, true, instructions);
     EXPECT_EQ(optimized.calls, 100);
     EXPECT_EQ(optimized.redraws, 1);
     EXPECT_EQ(optimized.pointer, 0x8000);
 
-    const WritePathRun plain = RunOnWritePath(sameAddress, true, false, instructions);
-    EXPECT_EQ(plain.redraws, 100);
+    EXPECT_EQ(RunOnWritePath(sameAddress, true, false, instructions).redraws, 100);
 
     const WritePathRun moving = RunOnWritePath(nextAddress, true, true, 1 + 3 * 100);
     EXPECT_EQ(moving.redraws, 100);

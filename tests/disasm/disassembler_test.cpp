@@ -4,20 +4,15 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
+#include <tuple>
 
 #include "../images/test_image_host.h"
 
 namespace mb::testing {
 namespace {
 
-std::string ReadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-}
-
 std::string Golden(const std::string& name) {
-    return ReadFile(std::string(MB_TEST_DATA) + "/golden/" + name);
+    return TempFolder::ReadFile(std::string(MB_TEST_DATA) + "/golden/" + name);
 }
 
 class DisassemblerTest : public ::testing::Test {
@@ -25,7 +20,7 @@ class DisassemblerTest : public ::testing::Test {
     std::string Listing(int start, bool withOpcodes) {
         const std::string path = dis.Disassemble(start, withOpcodes, dir.path.string());
         EXPECT_FALSE(std::filesystem::exists(dir.path / kDisassemblerPass1File));
-        return ReadFile(path);
+        return TempFolder::ReadFile(path);
     }
     void Load(const std::string& golden) {
         ASSERT_TRUE(dis.LoadFile(std::string(MB_TEST_DATA) + "/golden/" + golden, 0, host));
@@ -36,19 +31,17 @@ class DisassemblerTest : public ::testing::Test {
 };
 
 TEST_F(DisassemblerTest, GoldenListings) {
-    struct Case {
-        const char* image;
-        bool skip, withOpcodes;
-        const char* golden;
-    } cases[] = {{"sample.obj", true, true, "sample_opcodes.lst"},
-                 {"sample.obj", false, false, "sample_source.lst"},
-                 {"jumps.obj", true, false, "jumps_source.lst"},
-                 {"jumps.obj", true, true, "jumps_opcodes.lst"}};
-    for (const auto& c : cases) {
+    // The image, whether empty ranges are skipped, whether opcodes are listed, the listing
+    const std::tuple<const char*, bool, bool, const char*> cases[] = {
+        {"sample.obj", true, true, "sample_opcodes.lst"},
+        {"sample.obj", false, false, "sample_source.lst"},
+        {"jumps.obj", true, false, "jumps_source.lst"},
+        {"jumps.obj", true, true, "jumps_opcodes.lst"}};
+    for (const auto& [image, skip, withOpcodes, golden] : cases) {
         dis.Clear();
-        Load(c.image);
-        dis.skipEmptyRanges = c.skip;
-        EXPECT_EQ(Listing(0, c.withOpcodes), Golden(c.golden)) << c.golden;
+        Load(image);
+        dis.skipEmptyRanges = skip;
+        EXPECT_EQ(Listing(0, withOpcodes), Golden(golden)) << golden;
     }
 }
 
@@ -89,11 +82,6 @@ TEST_F(DisassemblerTest, LoadRefusals) {
     EXPECT_EQ(host.Last(), "The size of the selected file is zero.");
     EXPECT_TRUE(dis.LoadFile(big, 0x10, host));
     EXPECT_EQ(dis.Size(), 0x20);
-}
-
-TEST_F(DisassemblerTest, LabelNamesAreFourDigits) {
-    EXPECT_EQ(LabelName(1), "L0001:");
-    EXPECT_EQ(LabelName(9999), "L9999:");
 }
 
 }  // namespace

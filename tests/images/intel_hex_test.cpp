@@ -19,11 +19,26 @@ std::string Record(const std::string& body) {
     return ":" + body + ChecksumText(body) + "\n";
 }
 
+// What ReadIntelHex gives for text as the content of a file.
+struct HexRead {
+    int end;
+    HexBuffer buffer;
+    std::vector<std::string> messages;
+    std::string Last() const { return messages.empty() ? "" : messages.back(); }
+};
+
+HexRead ReadHex(const std::string& text) {
+    TempFolder dir;
+    ScriptedImageHost host;
+    HexRead r;
+    r.end = ReadIntelHex(dir.Write("p.hex", text), r.buffer, host);
+    r.messages = host.messages;
+    return r;
+}
+
 TEST(ReadIntelHex, EveryNumberedError) {
-    struct Case {
-        std::string text;
-        const char* message;
-    } cases[] = {
+    // A file and the end of the message, "" for a file without data
+    const std::pair<std::string, const char*> cases[] = {
         {"X0300300002337A1E\n", "1: The record does not begin with ':' simbol."},
         {":0300300\n", "1: The record is too short."},
         {":00000001F\n", "1: The record is too short."},  // 10 characters; 11 are enough
@@ -36,6 +51,9 @@ TEST(ReadIntelHex, EveryNumberedError) {
         {Record("030000040001FF"), "1: Invalid '04 type' record."},
         {Record("020001040000"), "1: Invalid '04 type' record."},
         {Record("02000004GGGG"), "1: Invalid '04 type' record."},
+        // Checksums match, so that the field checks are reached.
+        {Record("G000000000"), "1: Invalid 'number of bytes' field in the record."},
+        {Record("0100G00000"), "1: Invalid 'address' field in the record."},
         {Record("0300000001"), "1: The record does not contain the specified number of bytes."},
         {Record("01FFFF0000") + Record("02FFFF000102"), "2: Address out of range."},
         {Record("0100000000") + Record("02000000GG00"), "2: Invalid data byte in the record."},
@@ -43,58 +61,33 @@ TEST(ReadIntelHex, EveryNumberedError) {
         {Record("020001021000"), "1: Invalid '02 type' record."},
         {Record("00000001"), ""},
     };
-    for (const auto& c : cases) {
-        TempFolder dir;
-        ScriptedImageHost host;
-        HexBuffer buffer;
-        ReadIntelHex(dir.Write("p.hex", c.text), buffer, host);
-        const std::string want = *c.message
-                                     ? kHead + c.message
-                                     : "Input program file in Intel Hex Format contains no data.";
-        EXPECT_EQ(host.Last(), want) << c.text;
+    for (const auto& [text, message] : cases) {
+        const HexRead r = ReadHex(text);
+        const std::string want =
+            *message ? kHead + message : "Input program file in Intel Hex Format contains no data.";
+        EXPECT_EQ(r.Last(), want) << text;
+        EXPECT_EQ(r.end, 0) << text;
     }
 }
 
 TEST(ReadIntelHex, SegmentAndLinearRecordsMoveTheAddress) {
-    TempFolder dir;
-    ScriptedImageHost host;
-    HexBuffer buffer;
-    const std::string text = Record("020000020100") + Record("0100050011") +
-                             Record("020000040000") + Record("00000003") + Record("00000005") +
-                             Record("00000001");
-    EXPECT_EQ(ReadIntelHex(dir.Write("p.hex", text), buffer, host), 0x1006);
-    EXPECT_EQ(buffer.cells[0x1005], 0x11);
-}
-
-TEST(ReadIntelHex, InvalidLengthAndAddressFields) {
-    // Checksums are made to match so that the field checks are reached.
-    const std::string badLength = "G0000000";
-    const std::string badAddress = "0100G000";
-    for (const auto& [body, ending] :
-         {std::pair{badLength, ": Invalid 'number of bytes' field in the record."},
-          std::pair{badAddress, ": Invalid 'address' field in the record."}}) {
-        TempFolder dir;
-        ScriptedImageHost host;
-        HexBuffer buffer;
-        ReadIntelHex(dir.Write("p.hex", ":" + body + "00" + ChecksumText(body + "00") + "\n"),
-                     buffer, host);
-        EXPECT_EQ(host.Last(), kHead + "1" + ending) << body;
-    }
+    const HexRead r =
+        ReadHex(Record("020000020100") + Record("0100050011") + Record("020000040000") +
+                Record("00000003") + Record("00000005") + Record("00000001"));
+    EXPECT_EQ(r.end, 0x1006);
+    EXPECT_EQ(r.buffer.cells[0x1005], 0x11);
 }
 
 TEST(ReadIntelHex, LineEndsBlankAndCommentLines) {
     for (const char* eol : {"\n", "\r\n", "\r"}) {
         const std::string text = std::string(";comment") + eol + eol + ":0300300002337A1E" + eol +
                                  "   " + eol + ":00000001FF" + eol + "garbage after the end" + eol;
-        TempFolder dir;
-        ScriptedImageHost host;
-        HexBuffer buffer;
-        EXPECT_EQ(ReadIntelHex(dir.Write("p.hex", text), buffer, host), 0x33)
-            << "eol " << int(eol[0]);
-        EXPECT_TRUE(host.messages.empty());
-        EXPECT_EQ(buffer.cells[0x30], 0x02);
-        EXPECT_EQ(buffer.cells[0x32], 0x7A);
-        EXPECT_EQ(buffer.lowestAddress, 0x30);
+        const HexRead r = ReadHex(text);
+        EXPECT_EQ(r.end, 0x33) << "eol " << int(eol[0]);
+        EXPECT_TRUE(r.messages.empty());
+        EXPECT_EQ(r.buffer.cells[0x30], 0x02);
+        EXPECT_EQ(r.buffer.cells[0x32], 0x7A);
+        EXPECT_EQ(r.buffer.lowestAddress, 0x30);
     }
 }
 
@@ -117,15 +110,10 @@ TEST(ReadIntelHex, LineNumbersCountCollapsedLineEnds) {
         {";a\r\n;b\r\n\r\n;c\r\nx", 4},
         {"\n;a\n\n\n;b\nx", 4},
     };
-    for (const auto& [text, line] : cases) {
-        TempFolder dir;
-        ScriptedImageHost host;
-        HexBuffer buffer;
-        ReadIntelHex(dir.Write("p.hex", text + "\n" + ok), buffer, host);
-        EXPECT_EQ(host.Last(),
+    for (const auto& [text, line] : cases)
+        EXPECT_EQ(ReadHex(text + "\n" + ok).Last(),
                   kHead + std::to_string(line) + ": The record does not begin with ':' simbol.")
             << ::testing::PrintToString(text);
-    }
 }
 
 // A long file reads in time proportional to its length: 400,000 records with
@@ -136,20 +124,10 @@ TEST(ReadIntelHex, LongFileWithManyLineEnds) {
     text.reserve(400000 * (record.size() + 2));
     for (int i = 0; i < 400000; ++i) text += record.substr(0, record.size() - 1) + "\r\n\r\n";
     text += ":00000001FF\r\n";
-    TempFolder dir;
-    ScriptedImageHost host;
-    HexBuffer buffer;
-    EXPECT_EQ(ReadIntelHex(dir.Write("p.hex", text), buffer, host), 0x104);
-    EXPECT_TRUE(host.messages.empty());
-    EXPECT_EQ(buffer.cells[0x103], 0xEF);
-}
-
-TEST(ReadIntelHex, OnlyTheEndRecordHasNoData) {
-    TempFolder dir;
-    ScriptedImageHost host;
-    HexBuffer buffer;
-    EXPECT_EQ(ReadIntelHex(dir.Write("p.hex", ":00000001FF\n"), buffer, host), 0);
-    EXPECT_EQ(host.Last(), "Input program file in Intel Hex Format contains no data.");
+    const HexRead r = ReadHex(text);
+    EXPECT_EQ(r.end, 0x104);
+    EXPECT_TRUE(r.messages.empty());
+    EXPECT_EQ(r.buffer.cells[0x103], 0xEF);
 }
 
 TEST(WriteIntelHex, SkipsFullBlocksOfTheSkipValueOnly) {

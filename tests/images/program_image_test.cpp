@@ -80,11 +80,10 @@ TEST_F(Images, SaveAndLoadRoundTripInBothFormats) {
         const std::string name = filter == 2 ? "saved.hex" : "saved.obj";
         EXPECT_EQ(host.Last(), "Operation completed.\nTotal 65 (0.06K) bytes saved.");
         EXPECT_EQ(images.ProgramFileName(), (dir.path / name).string());
-        if (filter == 1) {
+        if (filter == 1)
             EXPECT_EQ(dir.Read(name).size(), 65u);
-        } else {
+        else  // the zero block is left out
             EXPECT_EQ(dir.Read(name).find(":10002000"), std::string::npos);
-        }
 
         std::vector<int> before(m->MemoryImage.begin(), m->MemoryImage.begin() + 65536);
         images.ClearMemory();
@@ -128,28 +127,21 @@ TEST_F(Images, RefusalsAndMessages) {
 
 TEST_F(Images, LoadAnotherFileAtAnOffset) {
     EXPECT_TRUE(images.LoadProgram(dir.Write("main.obj", "\x01\x02")));
-    host.openAnswers.push_back(dir.Write("more.obj", "\xAA\xBB"));
-    host.textAnswers.push_back("10");
-    images.menuload2();
+    const auto loadAt = [&](const std::string& file, const char* offset) {
+        host.openAnswers.push_back(file);
+        host.textAnswers.push_back(offset);
+        images.menuload2();
+        return host.Last();
+    };
+    const std::string more = dir.Write("more.obj", "\xAA\xBB");
+    EXPECT_EQ(loadAt(more, "10"), "Operation completed.\nTotal 2 (0.00K) bytes loaded.");
     EXPECT_EQ(m->MemoryImage[0x10], 0xAA);
     EXPECT_EQ(m->MemoryImage[0x11], 0xBB);
     EXPECT_EQ(images.LoadedSize(), 2);
-    EXPECT_EQ(host.Last(), "Operation completed.\nTotal 2 (0.00K) bytes loaded.");
-
-    host.openAnswers.push_back(dir.path / "more.obj");
-    host.textAnswers.push_back("FFFF");
-    images.menuload2();
-    EXPECT_EQ(host.Last(),
+    EXPECT_EQ(loadAt(more, "FFFF"),
               "Operation aborted...\nThe OBJ file to be loaded could not fit 64K memory range.");
-
-    host.openAnswers.push_back(dir.path / "more.obj");
-    host.textAnswers.push_back("XYZ");
-    images.menuload2();
-    EXPECT_EQ(host.Last(), "Operation aborted...\nWrong entry.");
-
-    host.openAnswers.push_back(dir.Write("more.hex", ":02001000334477\r\n:00000001FF\r\n"));
-    host.textAnswers.push_back("100");
-    images.menuload2();
+    EXPECT_EQ(loadAt(more, "XYZ"), "Operation aborted...\nWrong entry.");
+    loadAt(dir.Write("more.hex", ":02001000334477\r\n:00000001FF\r\n"), "100");
     EXPECT_EQ(m->MemoryImage[0x110], 0x33);
     EXPECT_EQ(m->MemoryImage[0x111], 0x44);
 }

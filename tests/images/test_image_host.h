@@ -17,10 +17,12 @@ class ScriptedImageHost : public ImageHost {
   public:
     void ShowMessage(const std::string& text) override { messages.push_back(text); }
     std::string AskOpenFile(const std::string&, const std::string&, int& filter) override {
-        return Next(openAnswers, filter);
+        filter = filterAnswer;
+        return Next(openAnswers).value_or("");
     }
     std::string AskSaveFile(const std::string&, const std::string&, int& filter) override {
-        return Next(saveAnswers, filter);
+        filter = filterAnswer;
+        return Next(saveAnswers).value_or("");
     }
     bool AskYesNo(const std::string& q) override {
         questions.push_back(q);
@@ -28,10 +30,7 @@ class ScriptedImageHost : public ImageHost {
     }
     std::optional<std::string> AskText(const std::string& prompt, const std::string&) override {
         questions.push_back(prompt);
-        if (textAnswers.empty()) return std::nullopt;
-        std::string a = textAnswers.front();
-        textAnswers.pop_front();
-        return a;
+        return Next(textAnswers);
     }
     bool SimulationRunning() override { return running; }
 
@@ -43,9 +42,8 @@ class ScriptedImageHost : public ImageHost {
     int filterAnswer = 1;
 
   private:
-    std::string Next(std::deque<std::string>& q, int& filter) {
-        filter = filterAnswer;
-        if (q.empty()) return "";
+    static std::optional<std::string> Next(std::deque<std::string>& q) {
+        if (q.empty()) return std::nullopt;
         std::string a = q.front();
         q.pop_front();
         return a;
@@ -63,8 +61,9 @@ struct TempFolder {
         std::ofstream(p, std::ios::binary) << data;
         return p;
     }
-    std::string Read(const std::string& name) const {
-        std::ifstream in(path / name, std::ios::binary);
+    std::string Read(const std::string& name) const { return ReadFile(path / name); }
+    static std::string ReadFile(const std::filesystem::path& file) {
+        std::ifstream in(file, std::ios::binary);
         return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     }
     std::filesystem::path path;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <tuple>
 
 namespace mb {
 namespace {
@@ -45,55 +46,47 @@ TEST(ColorThemes, FirstStartStoresTheDefaults) {
 }
 
 TEST(ColorThemes, StoredNamesAndTheRowInForce) {
-    struct Case {
-        const char* stored;
-        const char* inForce;
-    };
-    const Case cases[] = {{"Amethyst", "Amethyst"},
-                          {"HaXb0x", "HaXb0x"},
-                          {"Original Dark", "Original Dark"},  // only the dialog renames it
-                          {"Sea Breeze", "Original Lite"},
-                          {"amethyst", "Original Lite"},
-                          {"", "Original Lite"}};
-    for (const Case& c : cases) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"Amethyst", "Amethyst"},
+        {"HaXb0x", "HaXb0x"},
+        {"Original Dark", "Original Dark"},  // only the dialog renames it
+        {"Sea Breeze", "Original Lite"},
+        {"amethyst", "Original Lite"},
+        {"", "Original Lite"}};
+    for (const auto& [stored, inForce] : cases) {
         MemorySettingsStore store;
-        store.SetSettingText("Color Theme", c.stored);
+        store.SetSettingText("Color Theme", stored);
         store.SetSettingInt("Color Theme Border", 0);
         const ColorTheme theme = ReadTheme(store);
-        EXPECT_EQ(theme.name, c.inForce);
-        EXPECT_EQ(theme.colors, FindColorTheme(c.inForce).colors);
+        EXPECT_EQ(theme.name, inForce);
+        EXPECT_EQ(theme.colors, FindColorTheme(inForce).colors);
         EXPECT_FALSE(theme.border);
-        EXPECT_EQ(store.GetSettingText("Color Theme", "?"), c.stored);
+        EXPECT_EQ(store.GetSettingText("Color Theme", "?"), stored);
     }
 }
 
 TEST(ColorThemes, TheDialogRenamesOriginalDark) {
-    struct Case {
-        const char* stored;  // nullptr: nothing stored
-        const char* shown;
-    };
-    const Case cases[] = {{"Original Dark", "Z80 Temple 2001"},
-                          {"Blues", "Blues"},
-                          {"Gone Theme", "Gone Theme"},
-                          {nullptr, "Original Lite"}};
-    for (const Case& c : cases) {
+    // A stored name (nullptr: none) and the name the dialog shows and stores
+    const std::pair<const char*, const char*> cases[] = {{"Original Dark", "Z80 Temple 2001"},
+                                                         {"Blues", "Blues"},
+                                                         {"Gone Theme", "Gone Theme"},
+                                                         {nullptr, "Original Lite"}};
+    for (const auto& [stored, shown] : cases) {
         MemorySettingsStore store;
-        if (c.stored) store.SetSettingText("Color Theme", c.stored);
-        EXPECT_EQ(ThemeNameAtDialogOpen(store), c.shown);
-        EXPECT_EQ(store.GetSettingText("Color Theme", "?"), c.shown);
+        if (stored) store.SetSettingText("Color Theme", stored);
+        EXPECT_EQ(ThemeNameAtDialogOpen(store), shown);
+        EXPECT_EQ(store.GetSettingText("Color Theme", "?"), shown);
     }
 }
 
 TEST(ColorThemes, HslPrimariesAndGrey) {
-    struct Case {
-        double h, s, l;
-        int color;
-    };
-    const Case cases[] = {{0, 1, 0.5, Rgb(255, 0, 0)},      {120, 1, 0.5, Rgb(0, 255, 0)},
-                          {240, 1, 0.5, Rgb(0, 0, 255)},    {360, 1, 0.5, Rgb(255, 0, 0)},
-                          {60, 1, 0.5, Rgb(255, 255, 0)},   {300, 1, 0.25, Rgb(128, 0, 128)},
-                          {77, 0, 0.5, Rgb(128, 128, 128)}, {200, 0.7, 1.0, Rgb(255, 255, 255)}};
-    for (const Case& c : cases) EXPECT_EQ(HslColor(c.h, c.s, c.l), c.color) << c.h;
+    // Hue, saturation, lightness and the colour
+    const std::tuple<double, double, double, int> cases[] = {
+        {0, 1, 0.5, Rgb(255, 0, 0)},      {120, 1, 0.5, Rgb(0, 255, 0)},
+        {240, 1, 0.5, Rgb(0, 0, 255)},    {360, 1, 0.5, Rgb(255, 0, 0)},
+        {60, 1, 0.5, Rgb(255, 255, 0)},   {300, 1, 0.25, Rgb(128, 0, 128)},
+        {77, 0, 0.5, Rgb(128, 128, 128)}, {200, 0.7, 1.0, Rgb(255, 255, 255)}};
+    for (const auto& [h, s, l, color] : cases) EXPECT_EQ(HslColor(h, s, l), color) << h;
     EXPECT_NEAR(ContrastRatio(Rgb(0, 0, 0), Rgb(255, 255, 255)), 21.0, 1e-9);
     EXPECT_NEAR(ContrastRatio(Rgb(10, 20, 30), Rgb(10, 20, 30)), 1.0, 1e-9);
 }

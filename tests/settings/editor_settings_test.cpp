@@ -52,13 +52,11 @@ TEST(EditorSettings, TheTwoEditorsKeepTheirOwnNamesAndSwitches) {
     EXPECT_EQ(assembler.Color(EditorColor::Track), -1);
     for (EditorKind kind : kKinds) {
         const std::string prefix = kind == EditorKind::Basic ? "EC " : "EA ";
-        std::set<std::string> keys;
-        for (const EditorColorRow& row : EditorSettingRows(kind).colors) keys.insert(row.key);
-        for (const EditorSwitchRow& row : EditorSettingRows(kind).switches) keys.insert(row.key);
-        keys.insert(EditorSettingRows(kind).fontNameKey);
-        keys.insert(EditorSettingRows(kind).fontSizeKey);
-        EXPECT_EQ(keys.size(), EditorSettingRows(kind).colors.size() +
-                                   EditorSettingRows(kind).switches.size() + 2);
+        const EditorRows& rows = EditorSettingRows(kind);
+        std::set<std::string> keys = {rows.fontNameKey, rows.fontSizeKey};
+        for (const EditorColorRow& row : rows.colors) keys.insert(row.key);
+        for (const EditorSwitchRow& row : rows.switches) keys.insert(row.key);
+        EXPECT_EQ(keys.size(), rows.colors.size() + rows.switches.size() + 2);
         for (const std::string& key : keys) EXPECT_EQ(key.substr(0, 3), prefix) << key;
     }
 }
@@ -82,19 +80,15 @@ TEST(EditorSettings, WrittenChangesComeBackAndLeaveTheOtherEditorAlone) {
 }
 
 TEST(EditorSettings, DamagedValuesReadAsDefaults) {
-    struct Case {
-        const char* key;
-        const char* stored;
-    };
-    const Case cases[] = {{"EA ColorBack", "-5"},
-                          {"EA ColorText", "99999999"},
-                          {"EA FontSize", "0"},
-                          {"EA FontName", ""}};
+    const std::pair<const char*, const char*> cases[] = {{"EA ColorBack", "-5"},
+                                                         {"EA ColorText", "99999999"},
+                                                         {"EA FontSize", "0"},
+                                                         {"EA FontName", ""}};
     const EditorSettings def = DefaultEditorSettings(EditorKind::Assembler);
-    for (const Case& c : cases) {
+    for (const auto& [key, stored] : cases) {
         MemorySettingsStore store;
-        store.SetSettingText(c.key, c.stored);
-        EXPECT_EQ(ReadEditorSettings(store, EditorKind::Assembler), def) << c.key;
+        store.SetSettingText(key, stored);
+        EXPECT_EQ(ReadEditorSettings(store, EditorKind::Assembler), def) << key;
     }
 }
 
@@ -130,40 +124,30 @@ TEST(EditorThemes, ChoosingAThemeSetsEveryColourOfThatEditorOnly) {
 }
 
 TEST(EditorThemes, TextStaysReadableOnItsBackground) {
-    struct Pair {
-        EditorColor fore, back;
+    using C = EditorColor;
+    struct Rule {
+        std::vector<EditorColor> fores, backs;
         double minimum;
     };
     // Plain text needs the contrast of body text; coloured words and markers at
     // least that of large text.
-    const Pair pairs[] = {
-        {EditorColor::Text, EditorColor::Back, 4.5},
-        {EditorColor::Text, EditorColor::CaretLine, 4.5},
-        {EditorColor::Text, EditorColor::Error, 4.5},
-        {EditorColor::Text, EditorColor::Track, 4.5},
-        {EditorColor::Text, EditorColor::Mark, 4.5},
-        {EditorColor::Keyword, EditorColor::Back, 3.0},
-        {EditorColor::Keyword2, EditorColor::Back, 3.0},
-        {EditorColor::Keyword3, EditorColor::Back, 3.0},
-        {EditorColor::Comment, EditorColor::Back, 3.0},
-        {EditorColor::String, EditorColor::Back, 3.0},
-        {EditorColor::Asm, EditorColor::Back, 3.0},
-        {EditorColor::LineNumberText, EditorColor::LineNumberBack, 3.0},
-        {EditorColor::Bookmark, EditorColor::Margin, 3.0},
-        {EditorColor::Breakpoint, EditorColor::Margin, 3.0},
-        {EditorColor::Mark2, EditorColor::Margin, 3.0},
+    const Rule rules[] = {
+        {{C::Text}, {C::Back, C::CaretLine, C::Error, C::Track, C::Mark}, 4.5},
+        {{C::Keyword, C::Keyword2, C::Keyword3, C::Comment, C::String, C::Asm}, {C::Back}, 3.0},
+        {{C::LineNumberText}, {C::LineNumberBack}, 3.0},
+        {{C::Bookmark, C::Breakpoint, C::Mark2}, {C::Margin}, 3.0},
     };
-    for (const EditorTheme& theme : PredefinedEditorThemes()) {
-        for (EditorKind kind : kKinds) {
-            const auto& colors = theme.For(kind);
-            for (const Pair& p : pairs) {
-                if (!colors.count(p.fore) || !colors.count(p.back)) continue;
-                EXPECT_GE(ContrastRatio(colors.at(p.fore), colors.at(p.back)), p.minimum)
-                    << theme.name << " roles " << static_cast<int>(p.fore) << "/"
-                    << static_cast<int>(p.back);
-            }
-        }
-    }
+    for (const EditorTheme& theme : PredefinedEditorThemes())
+        for (EditorKind kind : kKinds)
+            for (const Rule& rule : rules)
+                for (EditorColor fore : rule.fores)
+                    for (EditorColor back : rule.backs) {
+                        const auto& colors = theme.For(kind);
+                        if (!colors.count(fore) || !colors.count(back)) continue;
+                        EXPECT_GE(ContrastRatio(colors.at(fore), colors.at(back)), rule.minimum)
+                            << theme.name << " roles " << static_cast<int>(fore) << "/"
+                            << static_cast<int>(back);
+                    }
 }
 
 }  // namespace

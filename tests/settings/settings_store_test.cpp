@@ -65,12 +65,6 @@ TEST(InRange, NaNIsNeverInRange) {
     EXPECT_FALSE(InRange(std::nan(""), 0.01, 120));
 }
 
-}  // namespace
-}  // namespace mb
-
-namespace mb {
-namespace {
-
 TEST(MemorySettingsStore, LayoutDeletionKeepsPlainValues) {
     MemorySettingsStore s;
     s.SetSettingInt("Window1 Left", 100);

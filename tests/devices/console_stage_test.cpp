@@ -52,42 +52,28 @@ RunResult RunProgram(const std::vector<int>& program, ConsoleStage::Options opti
 }
 
 TEST(ConsoleStage, CpmProgramsAndTheirBdosCalls) {
-    struct Case {
-        const char* what;
-        std::vector<int> program;
-        std::string output;
-        int endPc;
-    };
-    const Case cases[] = {
-        {"string up to '$', then a character, then RET to the warm boot",
-         {0x0E, 0x09, 0x11, 0x10, 0x01, 0xCD, 0x05, 0x00,  // LD C,9; LD DE,0110H; CALL 5
-          0x0E, 0x02, 0x1E, 0x21, 0xCD, 0x05, 0x00,        // LD C,2; LD E,'!'; CALL 5
-          0xC9,                                            // RET
-          'H',  'i',  '$',  'x'},
-         "Hi!",
-         0x0000},
-        {"BDOS 0 ends the program where it is",
-         {0x0E, 0x00, 0xCD, 0x05, 0x00, 0x76},  // LD C,0; CALL 5; HALT (not reached)
-         "",
-         0x0105},
-        {"JP 0000H is a warm boot",
-         {0x1E, 'A', 0x0E, 0x02, 0xCD, 0x05, 0x00, 0xC3, 0x00, 0x00},
-         "A",
-         0x0000},
-        {"an empty string prints nothing",
-         {0x0E, 0x09, 0x11, 0x09, 0x01, 0xCD, 0x05, 0x00, 0xC9, '$'},
-         "",
-         0x0000},
-    };
-    for (int rate : {kRateFast, kRateUltimate}) {
-        for (const Case& c : cases) {
-            SCOPED_TRACE(std::string(c.what) + " at rate " + std::to_string(rate));
-            const RunResult run = RunProgram(c.program, {true, -1}, rate);
-            EXPECT_EQ(run.output, c.output);
+    auto check = [](const char* what, const std::vector<int>& program, const std::string& output,
+                    int endPc) {
+        for (int rate : {kRateFast, kRateUltimate}) {
+            SCOPED_TRACE(std::string(what) + " at rate " + std::to_string(rate));
+            const RunResult run = RunProgram(program, {true, -1}, rate);
+            EXPECT_EQ(run.output, output);
             EXPECT_TRUE(run.warnings.empty());
-            EXPECT_EQ(run.pc, c.endPc);
+            EXPECT_EQ(run.pc, endPc);
         }
-    }
+    };
+    check("string up to '$', then a character, then RET to the warm boot",
+          {0x0E, 0x09, 0x11, 0x10, 0x01, 0xCD, 0x05, 0x00,  // LD C,9; LD DE,0110H; CALL 5
+           0x0E, 0x02, 0x1E, 0x21, 0xCD, 0x05, 0x00,        // LD C,2; LD E,'!'; CALL 5
+           0xC9,                                            // RET
+           'H',  'i',  '$',  'x'},
+          "Hi!", 0x0000);
+    // LD C,0; CALL 5; HALT (not reached)
+    check("BDOS 0 ends the program where it is", {0x0E, 0x00, 0xCD, 0x05, 0x00, 0x76}, "", 0x0105);
+    check("JP 0000H is a warm boot", {0x1E, 'A', 0x0E, 0x02, 0xCD, 0x05, 0x00, 0xC3, 0x00, 0x00},
+          "A", 0x0000);
+    check("an empty string prints nothing",
+          {0x0E, 0x09, 0x11, 0x09, 0x01, 0xCD, 0x05, 0x00, 0xC9, '$'}, "", 0x0000);
 }
 
 TEST(ConsoleStage, UnservedFunctionWarnsOnceAndReturns) {

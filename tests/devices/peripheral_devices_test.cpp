@@ -77,66 +77,30 @@ TEST_F(DevicesTest, OutShowsOnTheLampsOfOutputDevices) {
 }
 
 TEST_F(DevicesTest, WhichSourceAnswersIn) {
+    struct Dev {
+        int k;
+        int value;  // -1: an output device (the input queue: on)
+        int oneShot = -1;
+        const char* port = "05";
+    };
     struct Case {
         const char* name;
-        void (*setup)(DevicesTest&);
+        std::vector<Dev> devices;
+        const char* queued;      // hexadecimal bytes for the input queue
+        bool prompt;             // on: asked once, after the sources that pass it
         std::vector<int> reads;  // successive INs on port 5
-        int prompts;
     };
+    const int Q = kInputQueueDevice;
     const Case cases[] = {
-        {"no device: the last OUT", [](DevicesTest&) {}, {0x33, 0x33}, 0},
-        {"a later device overrides an earlier one",
-         [](DevicesTest& t) {
-             t.Input(1, "05", 0x01);
-             t.Input(2, "05", 0x09);
-         },
-         {0x09, 0x09},
-         0},
-        {"an earlier one-shot ends the search, once",
-         [](DevicesTest& t) {
-             t.Input(1, "05", 0x01, 0x07);
-             t.Input(2, "05", 0x09);
-         },
-         {0x07, 0x09},
-         0},
-        {"output device: IN reads what OUT left", [](DevicesTest& t) { t.On(1, "05"); }, {0x33}, 0},
-        {"a plain value does not pass the prompt",
-         [](DevicesTest& t) {
-             t.Input(1, "05", 0x01);
-             t.Prompt(true);
-         },
-         {0x5A},
-         1},
-        {"a one-shot value passes the prompt",
-         [](DevicesTest& t) {
-             t.Input(1, "05", 0x01, 0x44);
-             t.Prompt(true);
-         },
-         {0x44, 0x5A},
-         1},
-        {"queued bytes pass the prompt, then the prompt answers",
-         [](DevicesTest& t) {
-             t.On(kInputQueueDevice, "05");
-             t.devices.Send(kQueueString, "ab");
-             t.Prompt(true);
-         },
-         {'a', 'b', 0x5A},
-         1},
-        {"a queue on another port is not asked",
-         [](DevicesTest& t) {
-             t.On(kInputQueueDevice, "06");
-             t.devices.Send(kQueueString, "ab");
-         },
-         {0x33},
-         0},
-        {"a one-shot comes before the queue",
-         [](DevicesTest& t) {
-             t.On(kInputQueueDevice, "05");
-             t.devices.Send(kQueueHex, "11");
-             t.Input(3, "05", 0x01, 0x22);
-         },
-         {0x22, 0x11, 0x01},
-         0},
+        {"no device: the last OUT", {}, "", false, {0x33, 0x33}},
+        {"a later device overrides an earlier one", {{1, 1}, {2, 9}}, "", false, {9, 9}},
+        {"an earlier one-shot ends the search, once", {{1, 1, 7}, {2, 9}}, "", false, {7, 9}},
+        {"output device: IN reads what OUT left", {{1, -1}}, "", false, {0x33}},
+        {"a plain value does not pass the prompt", {{1, 1}}, "", true, {0x5A}},
+        {"a one-shot value passes the prompt", {{1, 1, 0x44}}, "", true, {0x44, 0x5A}},
+        {"queued bytes pass the prompt, then it asks", {{Q, -1}}, "61,62", true, {'a', 'b', 0x5A}},
+        {"a queue on another port is not asked", {{Q, -1, -1, "06"}}, "61,62", false, {0x33}},
+        {"a one-shot before the queue", {{Q, -1}, {3, 1, 0x22}}, "11", false, {0x22, 0x11, 1}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -146,11 +110,16 @@ TEST_F(DevicesTest, WhichSourceAnswersIn) {
         hooks.PromptBeforeIn = false;
         host.questions = 0;
         PortOut(m, 5, 0x33);
-        c.setup(*this);
+        for (const Dev& d : c.devices) {
+            if (d.value < 0) On(d.k, d.port);
+            if (d.value >= 0) Input(d.k, d.port, d.value, d.oneShot);
+        }
+        devices.Send(kQueueHex, c.queued);
+        Prompt(c.prompt);
         std::vector<int> reads;
         for (size_t i = 0; i < c.reads.size(); ++i) reads.push_back(PortIn(m, 5));
         EXPECT_EQ(reads, c.reads);
-        EXPECT_EQ(host.questions, c.prompts);
+        EXPECT_EQ(host.questions, c.prompt ? 1 : 0);
         EXPECT_EQ(m.PortImage[5], c.reads.back());  // IN keeps what it read
     }
 }
@@ -300,11 +269,12 @@ TEST_F(DevicesTest, SettingsBringTheDevicesBack) {
     On(kOutputTerminalDevice, "01");
     On(kInputQueueDevice, "FF");
     devices.Send(kQueueString, "gone");
-    EXPECT_EQ(settings.GetSettingText("Device 1", ""), "ON");
-    EXPECT_EQ(settings.GetSettingText("Device 1 Input", ""), "ON");
-    EXPECT_EQ(settings.GetSettingText("Device 1 Port Number", ""), "60");
-    EXPECT_EQ(settings.GetSettingText("Device 2 Input", ""), "OFF");
-    EXPECT_EQ(settings.GetSettingText("Device 6 Port Number", ""), "255");
+    for (auto [key, value] : {std::pair{"Device 1", "ON"},
+                              {"Device 1 Input", "ON"},
+                              {"Device 1 Port Number", "60"},
+                              {"Device 2 Input", "OFF"},
+                              {"Device 6 Port Number", "255"}})
+        EXPECT_EQ(settings.GetSettingText(key, ""), value) << key;
     EXPECT_FALSE(settings.Contains("Device 3"));
 
     Machine fresh;

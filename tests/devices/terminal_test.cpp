@@ -1,69 +1,61 @@
 // The Input/Output Terminal on both bindings, driven through the data paths as
 // a firmware drives it: status bits, busy time, input and output; then its
-// screen, its register entries and its keys.
+// screen, its register entries and its keys. At the end the shipped examples,
+// end to end: the echo firmware assembled from its source and run on both
+// bindings with typed input, and hello.asm on the Peripheral Devices.
 #include "devices/terminal.h"
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <memory>
+#include <sstream>
 #include <string>
 
 #include "core/access.h"
+#include "devices/peripheral_devices.h"
 #include "settings/settings_store.h"
 #include "support/quiet_host.h"
+#include "support/z80_run.h"
 
 namespace mb {
 namespace {
 
-struct AskingHost : testing::QuietHost {
-    int questions = 0;
+// The firmware's side of a terminal: reads and writes of a register, through
+// memory or ports as the binding says. The IN prompt answers 99H.
+struct TerminalBus : testing::QuietHost {
+    explicit TerminalBus(TerminalKind kind)
+        : memory(kind == TerminalKind::MemoryMapped), terminal(kind, m, hooks, settings) {
+        hooks.host = this;
+        hooks.PromptBeforeIn = false;
+        hooks.UpdateMask(m);
+    }
     int AskInValue(const std::string&, const std::string&) override {
         ++questions;
         return 0x99;
     }
-};
-
-// The firmware's side of a terminal: reads and writes of a register, through
-// memory or ports as the binding says.
-class TerminalBus {
-  public:
-    explicit TerminalBus(TerminalKind kind) : kind_(kind) {
-        hooks.host = &host;
-        hooks.PromptBeforeIn = false;
-        hooks.UpdateMask(m);
-    }
-    int Read(int reg) {
-        return kind_ == TerminalKind::MemoryMapped ? MemoryRead(m, reg & 0xFFFF)
-                                                   : PortIn(m, reg & 0xFF);
-    }
+    int Read(int reg) { return memory ? MemoryRead(m, reg & 0xFFFF) : PortIn(m, reg & 0xFF); }
     void Write(int reg, int value) {
-        if (kind_ == TerminalKind::MemoryMapped)
-            MemoryWrite(m, reg & 0xFFFF, value);
-        else
-            PortOut(m, reg & 0xFF, value);
+        memory ? MemoryWrite(m, reg & 0xFFFF, value) : PortOut(m, reg & 0xFF, value);
     }
     // The register as it stands between two accesses.
-    int& Cell(int reg) {
-        return kind_ == TerminalKind::MemoryMapped ? m.MemoryImage[reg & 0xFFFF]
-                                                   : m.PortImage[reg & 0xFF];
-    }
+    int& Cell(int reg) { return memory ? m.MemoryImage[reg & 0xFFFF] : m.PortImage[reg & 0xFF]; }
 
-  private:
-    TerminalKind kind_;
-
-  public:
+    const bool memory;
+    int questions = 0;
     Machine m;
-    AskingHost host;
     AccessHooks hooks;
     MemorySettingsStore settings;
-    Terminal terminal{kind_, m, hooks, settings};
+    Terminal terminal;
 };
 
 class TerminalTest : public ::testing::TestWithParam<TerminalKind> {
   protected:
     TerminalBus bus{GetParam()};
     Terminal& t = bus.terminal;
-    bool Memory() const { return GetParam() == TerminalKind::MemoryMapped; }
+    bool Memory() const { return bus.memory; }
     int Data() const { return Memory() ? 0xA001 : 0xFF; }
     int Status() const { return Memory() ? 0xA000 : 0xFE; }
 };
@@ -148,13 +140,18 @@ TEST_P(TerminalTest, StatusBitsFollowTheQueueAndTheBusyTime) {
     EXPECT_EQ(t.OutputText(), "AB");
 }
 
-TEST_P(TerminalTest, WithBusyTimeZeroTheBitClearsForOneCycle) {
+// With busy time 0 the bit clears for one cycle; an empty queue reads 0, in
+// the cell or the port image too.
+TEST_P(TerminalTest, BusyTimeZeroAndAnEmptyQueue) {
     t.Open();
     bus.m.ClockCycles = 500;
     bus.Write(Data(), 'x');
     EXPECT_EQ(bus.Read(Status()) & 2, 0);
     bus.m.ClockCycles = 501;
     EXPECT_EQ(bus.Read(Status()) & 2, 2);
+    bus.Cell(Data()) = 0x55;
+    EXPECT_EQ(bus.Read(Data()), 0);
+    EXPECT_EQ(bus.Cell(Data()), 0);
 }
 
 TEST_P(TerminalTest, SeparateRegistersAndTheirOwnBits) {
@@ -197,13 +194,6 @@ TEST_P(TerminalTest, AClosedTerminalLeavesItsRegistersAlone) {
     EXPECT_EQ(t.QueueChars, "q");
 }
 
-TEST_P(TerminalTest, AnEmptyQueueReadsZero) {
-    t.Open();
-    bus.Cell(Data()) = 0x55;
-    EXPECT_EQ(bus.Read(Data()), 0);
-    EXPECT_EQ(bus.Cell(Data()), 0);  // also the cell or the port image
-}
-
 TEST(PortTerminal, RegistersAnswerWithoutThePrompt) {
     TerminalBus bus(TerminalKind::Port);
     bus.hooks.PromptBeforeIn = true;
@@ -211,9 +201,9 @@ TEST(PortTerminal, RegistersAnswerWithoutThePrompt) {
     bus.m.ClockCycles = 10;
     EXPECT_EQ(bus.Read(0xFE), 0x02);
     EXPECT_EQ(bus.Read(0xFF), 0x00);
-    EXPECT_EQ(bus.host.questions, 0);
+    EXPECT_EQ(bus.questions, 0);
     EXPECT_EQ(bus.Read(0xFD), 0x99);  // any other port still asks
-    EXPECT_EQ(bus.host.questions, 1);
+    EXPECT_EQ(bus.questions, 1);
 
     // Status and data on one port: the data step comes first.
     ASSERT_EQ(bus.terminal.Change(TerminalRegister::InStatus, "FF"), "");
@@ -367,6 +357,96 @@ TEST(Terminal, KeysPasteAndSchemes) {
     t.Open();
     EXPECT_EQ(t.ColorScheme(), kTerminalSchemes - 1);
     EXPECT_TRUE(t.SmallLetters());
+}
+
+namespace fs = std::filesystem;
+
+std::string ReadFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+class ExamplesTest : public ::testing::Test {
+  protected:
+    fs::path dir;
+
+    void SetUp() override {
+        dir = fs::temp_directory_path() /
+              ("devices_" +
+               std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
+        fs::remove_all(dir);
+        fs::create_directories(dir);
+        for (const char* name : {"echo_port.asm", "echo_mm.asm", "echo.inc", "hello.asm"})
+            fs::copy_file(fs::path(MB_EXAMPLES) / name, dir / name);
+    }
+    void TearDown() override { fs::remove_all(dir); }
+
+    // Assembles an example in the test folder and loads it; the object file
+    // must be the one shipped beside the source.
+    void Build(testing::Z80Run& run, const std::string& stem) {
+        ASSERT_EQ(run.Assemble(dir.string(), stem + ".asm"), 0) << run.AssemblerErrors;
+        EXPECT_EQ(ReadFile(dir / (stem + ".obj")),
+                  ReadFile(fs::path(MB_EXAMPLES) / (stem + ".obj")))
+            << "examples/" << stem << ".obj is older than its source";
+        ASSERT_TRUE(run.Load((dir / (stem + ".obj")).string())) << run.LoadMessage;
+    }
+};
+
+TEST_F(ExamplesTest, EchoFirmwareOnBothBindings) {
+    struct Case {
+        const char* source;
+        TerminalKind kind;
+        int busyTime;
+    };
+    const Case cases[] = {
+        {"echo_port", TerminalKind::Port, 0},
+        {"echo_mm", TerminalKind::MemoryMapped, 0},
+        {"echo_port", TerminalKind::Port, 400},
+        {"echo_mm", TerminalKind::MemoryMapped, 10000},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.source) + " busy " + std::to_string(c.busyTime));
+        testing::Z80Run run;
+        Build(run, c.source);
+        MemorySettingsStore settings;
+        Terminal terminal(c.kind, run.M(), run.Hooks, settings);
+        ASSERT_EQ(terminal.Change(TerminalRegister::BusyTime, std::to_string(c.busyTime)), "");
+        terminal.Open();
+        terminal.Send(kQueueString, "Hi!");
+        terminal.Key("(back)");
+        terminal.Key("(return)");
+        terminal.Send(kQueueHex, "03");  // Ctrl+C: the firmware halts
+        ASSERT_TRUE(run.Run(1, 2'000'000));
+        EXPECT_EQ(terminal.OutputText(), "Echo ready\r\nHi\r\n");  // the echoed 8 took "!" back
+        EXPECT_EQ(terminal.QueueChars, "");
+        // A busy terminal makes the firmware wait: each byte costs the time.
+        EXPECT_GT(run.M().ClockCycles, 17 * c.busyTime);
+    }
+}
+
+TEST_F(ExamplesTest, EchoFirmwareWaitsForInput) {
+    testing::Z80Run run;
+    Build(run, "echo_mm");
+    MemorySettingsStore settings;
+    Terminal terminal(TerminalKind::MemoryMapped, run.M(), run.Hooks, settings);
+    terminal.Open();
+    terminal.Send(kQueueString, "ab");
+    EXPECT_FALSE(run.Run(1, 200'000));  // still polling when the limit comes
+    EXPECT_EQ(terminal.OutputText(), "Echo ready\r\nab");
+}
+
+TEST_F(ExamplesTest, HelloPrintsOnTheOutputTerminal) {
+    testing::Z80Run run;
+    Build(run, "hello");
+    MemorySettingsStore settings;
+    PeripheralDevices devices(run.M(), run.Hooks, settings);
+    ASSERT_EQ(devices.TurnOn(kOutputTerminalDevice, "01"), "");
+    ASSERT_EQ(devices.TurnOn(1, "01"), "");
+    ASSERT_TRUE(run.Run(0x80));
+    EXPECT_EQ(devices.OutputText(), "HELLO");
+    EXPECT_EQ(devices.ValueText(1), "4FH");  // the lamps show the last letter
 }
 
 }  // namespace

@@ -39,76 +39,48 @@ TEST(VideoScreenTest, OnlyWritesOnTheScreenRedraw) {
     }
 }
 
-TEST(VideoScreenTest, ColumnsAndRowsWithinTheirRanges) {
-    struct Case {
-        bool cols;  // else rows
-        const char* answer;
-        const char* refusal;  // "" when taken
-        int value;            // the setting afterwards
+// Columns, rows and the address: taken within their ranges, else refused and
+// kept at the default.
+TEST(VideoScreenTest, EntriesWithinTheirRanges) {
+    using Change = std::string (VideoScreen::*)(SettingsStore&, const std::string&);
+    auto check = [](const char* key, Change change, int VideoScreen::*value, const char* refusal,
+                    std::vector<const char*> refused,
+                    std::vector<std::pair<const char*, int>> taken) {
+        for (const char* answer : refused) taken.push_back({answer, -1});
+        for (auto [answer, stored] : taken) {
+            SCOPED_TRACE(std::string(key) + " '" + answer + "'");
+            MemorySettingsStore settings;
+            VideoScreen screen;
+            screen.LoadSettings(settings);
+            const int expected = stored < 0 ? VideoScreen{}.*value : stored;
+            EXPECT_EQ((screen.*change)(settings, answer), stored < 0 ? refusal : "");
+            EXPECT_EQ(screen.*value, expected);
+            EXPECT_EQ(settings.GetSettingInt(key, -1), expected);
+        }
     };
-    const Case cases[] = {
-        {true, "16", "", 16},
-        {true, "80", "", 80},
-        {true, " 40 ", "", 40},
-        {true, "15", "Allowed range 16-80.", 32},
-        {true, "81", "Allowed range 16-80.", 32},
-        {true, "2x", "Allowed range 16-80.", 32},
-        {true, "-20", "Allowed range 16-80.", 32},
-        {false, "2", "", 2},
-        {false, "40", "", 40},
-        {false, "1", "Allowed range 2-40.", 24},
-        {false, "41", "Allowed range 2-40.", 24},
-        {false, "99999", "Allowed range 2-40.", 24},
-    };
-    for (const Case& c : cases) {
-        MemorySettingsStore settings;
-        VideoScreen screen;
-        screen.LoadSettings(settings);
-        const std::string refusal =
-            c.cols ? screen.ChangeCols(settings, c.answer) : screen.ChangeRows(settings, c.answer);
-        EXPECT_EQ(refusal, c.refusal) << c.answer;
-        EXPECT_EQ(c.cols ? screen.VideoCols : screen.VideoRows, c.value) << c.answer;
-        EXPECT_EQ(settings.GetSettingInt(c.cols ? "Video Cols" : "Video Rows", -1), c.value);
-    }
-}
-
-TEST(VideoScreenTest, AddressEntries) {
-    struct Case {
-        const char* answer;
-        const char* refusal;
-        int value;
-    };
-    const Case cases[] = {
-        {"8000", "", 0x8000},
-        {"c000h", "", 0xC000},
-        {"0", "", 0},
-        {"FFFF", "", 0xFFFF},
-        {"10000", "Allowed range 0000h-FFFFh.", 0x4000},
-        {"G000", "Allowed range 0000h-FFFFh.", 0x4000},
-    };
-    for (const Case& c : cases) {
-        MemorySettingsStore settings;
-        VideoScreen screen;
-        screen.LoadSettings(settings);
-        EXPECT_EQ(screen.ChangeAddress(settings, c.answer), c.refusal) << c.answer;
-        EXPECT_EQ(screen.VideoAddress, c.value);
-        EXPECT_EQ(settings.GetSettingInt("Video Addr", -1), c.value);
-    }
+    check("Video Cols", &VideoScreen::ChangeCols, &VideoScreen::VideoCols, "Allowed range 16-80.",
+          {"15", "81", "2x", "-20"}, {{"16", 16}, {"80", 80}, {" 40 ", 40}});
+    check("Video Rows", &VideoScreen::ChangeRows, &VideoScreen::VideoRows, "Allowed range 2-40.",
+          {"1", "41", "99999"}, {{"2", 2}, {"40", 40}});
+    check("Video Addr", &VideoScreen::ChangeAddress, &VideoScreen::VideoAddress,
+          "Allowed range 0000h-FFFFh.", {"10000", "G000"},
+          {{"8000", 0x8000}, {"c000h", 0xC000}, {"0", 0}, {"FFFF", 0xFFFF}});
 }
 
 TEST(VideoScreenTest, SettingsDefaultsAndStoredValuesOutOfRange) {
     MemorySettingsStore settings;
     VideoScreen screen;
     screen.LoadSettings(settings);
-    EXPECT_EQ(settings.GetSettingInt("Video Addr", -1), 0x4000);
-    EXPECT_EQ(settings.GetSettingInt("Video Cols", -1), 32);
-    EXPECT_EQ(settings.GetSettingInt("Video Rows", -1), 24);
-    EXPECT_EQ(settings.GetSettingInt("Video Color Scheme", -1), 0);
-
-    settings.SetSettingInt("Video Cols", 81);
-    settings.SetSettingInt("Video Rows", 1);
-    settings.SetSettingInt("Video Color Scheme", 5);
-    settings.SetSettingInt("Video Addr", 0x10000);
+    // Each setting: its default, written at the first reading, and a stored
+    // value out of range.
+    const std::tuple<const char*, int, int> fields[] = {{"Video Addr", 0x4000, 0x10000},
+                                                        {"Video Cols", 32, 81},
+                                                        {"Video Rows", 24, 1},
+                                                        {"Video Color Scheme", 0, 5}};
+    for (const auto& [key, byDefault, outOfRange] : fields) {
+        EXPECT_EQ(settings.GetSettingInt(key, -1), byDefault) << key;
+        settings.SetSettingInt(key, outOfRange);
+    }
     VideoScreen reread;
     reread.LoadSettings(settings);
     EXPECT_EQ(reread.VideoCols, 32);

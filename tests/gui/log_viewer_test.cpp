@@ -1,19 +1,16 @@
+// The Simulation Log Viewer: a record for each instruction, under the captions
+// of the heading, coloured where registers changed, selected, copied, saved and
+// opened again.
 #include <QAbstractScrollArea>
-#include <QAction>
 #include <QApplication>
 #include <QClipboard>
 #include <QScrollBar>
-#include <QTemporaryDir>
-#include <QtTest>
 #include <algorithm>
-#include <functional>
 #include <set>
 
 #include "core/numtext.h"
 #include "ide_fixture.h"
 #include "shell/log_viewer_window.h"
-#include "shell/main_window.h"
-#include "shell/qt_settings_store.h"
 
 using namespace mb;
 
@@ -32,6 +29,14 @@ int Column(const QString& caption) {
     return -1;
 }
 
+// The columns a record's colours mark as changed.
+Columns Changed(const std::vector<LogSpan>& spans) {
+    Columns out;
+    for (const LogSpan& s : spans)
+        if (s.kind == LogSpan::Changed) out.insert({s.start, s.length});
+    return out;
+}
+
 // The records of a file: its lines without the line ends.
 QStringList FileLines(const QString& path) {
     QFile file(path);
@@ -48,48 +53,29 @@ class LogViewerTest : public QObject, protected testing::IdeFixture {
   private:
     LogViewerWindow* viewer = nullptr;
 
-    void TriggerViewer(const char* caption) {
-        QAction* a = viewer->Action(caption);
-        QVERIFY2(a, caption);
-        a->trigger();
-    }
+    void TriggerViewer(const char* caption) { Trigger(viewer, caption); }
     // The main window with the viewer opened from the Tools menu and
     // counter.obj loaded.
-    bool OpenWithCounter() {
+    void OpenWithCounter() {
         Open();
-        QAction* tool = window->Action("Simulation Log Viewer");
-        if (!tool) return false;
-        tool->trigger();
+        Trigger("Simulation Log Viewer");
         viewer = window->logViewerWindow();
-        if (!viewer || !viewer->isVisible()) return false;
+        QVERIFY(viewer && viewer->isVisible());
         LoadExample("counter.obj");
-        return true;
     }
-    void StartStepping(int steps) {
-        Trigger("Step By Step");
-        Trigger("Start");
-        for (int i = 0; i < steps; ++i) Trigger("Step");
-    }
-    QString Path(const char* name) const { return dir.filePath(name); }
 
   private slots:
     void init() {
         FreshSettings();
         // Normal rate without its pause, so a run to HALT is quick.
         settings->SetSettingInt("Simulation Rate Normal Delay", 0);
-    }
-    void cleanup() {
-        window.reset();
-        viewer = nullptr;
+        OpenWithCounter();
     }
 
     void stepsShowOneRecordEachUnderTheHeading() {
-        QVERIFY(OpenWithCounter());
-        StartStepping(0);
+        StartStepping();
         QVERIFY(viewer->Lines().isEmpty());
-        Trigger("Step");
-        Trigger("Step");
-        Trigger("Step");
+        for (int i = 0; i < 3; ++i) Trigger("Step");
         const QStringList lines = viewer->Lines();
         QCOMPARE(lines.size(), 3);
         // LD SP,nn and LD BC,nn take three bytes each, then DEC BC.
@@ -98,10 +84,9 @@ class LogViewerTest : public QObject, protected testing::IdeFixture {
             QCOMPARE(lines[i].left(7), QString::number(i + 1).rightJustified(7));
             QCOMPARE(lines[i].mid(7, 4), QString(pcs[i]));
         }
-        QVERIFY2(lines[2].mid(13).startsWith("DEC BC"), qPrintable(lines[2]));
+        MB_VERIFY_STARTS(lines[2].mid(13), "DEC BC");
         // The captions of the heading stand over their columns.
         const QString heading = LogViewerWindow::Heading();
-        QCOMPARE(heading, QString::fromLatin1(kLogHeadColumns));
         QCOMPARE(heading.indexOf("PC"), 7);
         QCOMPARE(heading.indexOf("Instruction"), 13);
         QCOMPARE(lines[2].mid(Column("A"), 2),
@@ -119,15 +104,8 @@ class LogViewerTest : public QObject, protected testing::IdeFixture {
     }
 
     void runToHaltAtNormalRateShowsEveryInstruction() {
-        QVERIFY(OpenWithCounter());
         // LD B,0AH; DJNZ $; HALT: a short run, each DJNZ at 0002.
-        QFile program(Path("djnz.obj"));
-        QVERIFY(program.open(QIODevice::WriteOnly));
-        program.write(QByteArray("\x06\x0A\x10\xFE\x76", 5));
-        program.close();
-        const std::string path = Path("djnz.obj").toStdString();
-        window->fileAnswer = [path](bool) { return path; };
-        Trigger("Load Program");
+        LoadBytes(QByteArray("\x06\x0A\x10\xFE\x76", 5));
         Trigger("Normal");
         Trigger("Start");  // returns at the HALT
         QVERIFY(!window->runControl().SimulationRunning);
@@ -137,13 +115,12 @@ class LogViewerTest : public QObject, protected testing::IdeFixture {
         QCOMPARE(lines.size(), 1 + 10 + 1);
         QCOMPARE(lines.first().mid(7, 4), QString("0000"));
         for (int i = 1; i <= 10; ++i) QCOMPARE(lines[i].mid(7, 4), QString("0002"));
-        QVERIFY2(lines.last().mid(13).startsWith("HALT"), qPrintable(lines.last()));
+        MB_VERIFY_STARTS(lines.last().mid(13), "HALT");
         QCOMPARE(lines.last().mid(7, 4), QString("0004"));
         QCOMPARE(lines.last().left(7), QString::number(m.InstructionCount).rightJustified(7));
     }
 
     void keepLastRecordInFocusIsAnOption() {
-        QVERIFY(OpenWithCounter());
         StartStepping(60);
         QScrollBar* bar = viewer->view()->verticalScrollBar();
         viewer->Lines();
@@ -160,74 +137,50 @@ class LogViewerTest : public QObject, protected testing::IdeFixture {
     }
 
     void recordsAreColouredUnlessNoColors() {
-        QVERIFY(OpenWithCounter());
         StartStepping(2);  // LD SP,FFF0H then LD BC,1000
         QCOMPARE(viewer->Lines().size(), 2);
-        auto changed = [this](int row) {
-            Columns out;
-            for (const LogSpan& s : viewer->Spans(row))
-                if (s.kind == LogSpan::Changed) out.insert({s.start, s.length});
-            return out;
-        };
         const std::vector<LogSpan> first = viewer->Spans(0);
         QVERIFY(std::find(first.begin(), first.end(), LogSpan{7, 4, LogSpan::Address}) !=
                 first.end());
-        QVERIFY(changed(0).empty());
+        QVERIFY(Changed(first).empty());
         // Against the record before, only B and C changed.
         const Columns bc = {{Column("B"), 2}, {Column("C"), 2}};
-        QCOMPARE(changed(1), bc);
+        QCOMPARE(Changed(viewer->Spans(1)), bc);
 
         TriggerViewer("No Colors");
         QCOMPARE(settings->GetSettingInt("Log Viewer No Colors", 0), 1);
         QVERIFY(viewer->Spans(0).empty());
         QVERIFY(viewer->Spans(1).empty());
         TriggerViewer("No Colors");
-        QCOMPARE(changed(1), bc);
+        QCOMPARE(Changed(viewer->Spans(1)), bc);
         Trigger("Stop");
     }
 
+    // Against the record before: the columns that changed, where they stand for
+    // an instruction text of up to 16 characters; the instruction is coloured up
+    // to the registers, whatever its length.
     void changedRegistersAgainstTheRecordBefore() {
-        const int flags = Column("SZYHXPNC"), altFlags = Column("SZYHXPNC'");
-        struct Case {
-            const char* name;
-            std::function<void(Machine&)> change;
-            std::string text;  // of the second record
-            Columns expected;  // as they stand for a text of up to 16 characters
-        };
-        const Case cases[] = {
-            {"A", [](Machine& m) { m.A = 5; }, "LD A,05H", {{Column("A"), 2}}},
-            {"flag Z", [](Machine& m) { m.FlagZ = 1; }, "OR A", {{flags + 1, 1}}},
-            {"IX and alternate carry",
-             [](Machine& m) {
-                 m.IX = 0x1234;
-                 m.AltFlagC = 1;
-             },
-             "EX AF,AF'",
-             {{Column("IX"), 4}, {altFlags + 7, 1}}},
-            {"long instruction text",
-             [](Machine& m) { m.AltL = 9; },
-             "LD (IX+7FH),0FFH",
-             {{Column("L'"), 2}}},
-            {"nothing", [](Machine& m) { m.InstructionCount += 1; }, "NOP", {}},
-        };
-        for (const Case& c : cases) {
+        auto check = [](void (*change)(Machine&), const std::string& text, const Columns& columns) {
             auto m = std::make_unique<Machine>();
             const QString before = QString::fromStdString(LogLineText(*m, 0, "NOP"));
-            c.change(*m);
-            const QString after = QString::fromStdString(LogLineText(*m, 1, c.text));
-            const int shift = std::max(0, static_cast<int>(c.text.size()) - 16);
+            change(*m);
+            const QString after = QString::fromStdString(LogLineText(*m, 1, text));
+            const int shift = std::max(0, static_cast<int>(text.size()) - 16);
             Columns expected;
-            for (auto [start, length] : c.expected) expected.insert({start + shift, length});
-            Columns got;
-            for (const LogSpan& s : LogLineSpans(after, &before))
-                if (s.kind == LogSpan::Changed) got.insert({s.start, s.length});
-            QVERIFY2(got == expected, c.name);
-            // The instruction is coloured up to the registers, whatever its length.
+            for (auto [start, length] : columns) expected.insert({start + shift, length});
+            QVERIFY2(Changed(LogLineSpans(after, &before)) == expected, text.c_str());
             const auto spans = LogLineSpans(after, nullptr);
             QVERIFY2(spans.size() == 3 && spans[2].kind == LogSpan::Instruction &&
                          spans[2].start + spans[2].length == Column("A") + shift,
-                     c.name);
-        }
+                     text.c_str());
+        };
+        const int flags = Column("SZYHXPNC"), altFlags = Column("SZYHXPNC'");
+        check([](Machine& m) { m.A = 5; }, "LD A,05H", {{Column("A"), 2}});
+        check([](Machine& m) { m.FlagZ = 1; }, "OR A", {{flags + 1, 1}});
+        check([](Machine& m) { m.IX = 0x1234, m.AltFlagC = 1; }, "EX AF,AF'",
+              {{Column("IX"), 4}, {altFlags + 7, 1}});
+        check([](Machine& m) { m.AltL = 9; }, "LD (IX+7FH),0FFH", {{Column("L'"), 2}});
+        check([](Machine& m) { m.InstructionCount += 1; }, "NOP", {});
         // Lines that are not records have no colours, nor does a record after one.
         const auto m = std::make_unique<Machine>();
         const QString record = QString::fromStdString(LogLineText(*m, 0, "NOP"));
@@ -239,7 +192,6 @@ class LogViewerTest : public QObject, protected testing::IdeFixture {
     }
 
     void rowsAreSelectedAndCopied() {
-        QVERIFY(OpenWithCounter());
         StartStepping(5);
         const QStringList lines = viewer->Lines();
         QAbstractScrollArea* view = viewer->view();
@@ -263,7 +215,6 @@ class LogViewerTest : public QObject, protected testing::IdeFixture {
     }
 
     void saveWritesTheHeadingAndTheRecordsShown() {
-        QVERIFY(OpenWithCounter());
         StartStepping(5);
         Trigger("Stop");
         const QString path = Path("saved.txt");
@@ -286,8 +237,9 @@ class LogViewerTest : public QObject, protected testing::IdeFixture {
     }
 
     void showsTheSameRecordsAsLogTxt() {
+        FreshSettings();
         settings->SetSettingInt("Enable Logging New", 1);
-        QVERIFY(OpenWithCounter());
+        OpenWithCounter();
         StartStepping(4);
         const QStringList live = viewer->Lines();
         Trigger("Stop");
@@ -306,46 +258,42 @@ class LogViewerTest : public QObject, protected testing::IdeFixture {
     }
 
     void refusalsKeepWhatIsShown() {
-        QVERIFY(OpenWithCounter());
         int asked = 0;
         viewer->fileAnswer = [&asked, this](bool) {
             ++asked;
             return Path("never.txt");
         };
         TriggerViewer("&Save Log File");
-        QCOMPARE(window->messages.back(), std::string("Simulation Log Viewer is empty."));
+        QCOMPARE(LastMessage(), "Simulation Log Viewer is empty.");
         QCOMPARE(asked, 0);
         QVERIFY(!QFile::exists(Path("never.txt")));
 
         StartStepping(2);
         const QStringList shown = viewer->Lines();
         struct Case {
+            bool stopFirst;
             const char* command;
             QString answer;
             std::string message;
         };
         const Case cases[] = {
-            {"&Open Log File", Path("anything.txt"), "Please stop the simulation first."},
-            {"&Save Log File", Path("no/such/folder/out.txt"),
+            {false, "&Open Log File", Path("anything.txt"), "Please stop the simulation first."},
+            {false, "&Save Log File", Path("no/such/folder/out.txt"),
              "The file could not be saved:\n" + Path("no/such/folder/out.txt").toStdString()},
+            {true, "&Open Log File", Path("missing.txt"),
+             "The file could not be opened:\n" + Path("missing.txt").toStdString()},
         };
         for (const Case& c : cases) {
+            if (c.stopFirst) Trigger("Stop");
             viewer->fileAnswer = [&c](bool) { return c.answer; };
             TriggerViewer(c.command);
-            QCOMPARE(window->messages.back(), c.message);
+            QCOMPARE(LastMessage(), c.message);
             QCOMPARE(viewer->Lines(), shown);
+            QVERIFY(viewer->OpenedFile().isEmpty());
         }
-        Trigger("Stop");
-        viewer->fileAnswer = [this](bool) { return Path("missing.txt"); };
-        TriggerViewer("&Open Log File");
-        QCOMPARE(window->messages.back(),
-                 "The file could not be opened:\n" + Path("missing.txt").toStdString());
-        QCOMPARE(viewer->Lines(), shown);
-        QVERIFY(viewer->OpenedFile().isEmpty());
     }
 
     void closingStopsComposingLines() {
-        QVERIFY(OpenWithCounter());
         StartStepping(1);
         QVERIFY(window->machine().EndStageMask & kEndStageLog);
         QCOMPARE(viewer->Lines().size(), 1);

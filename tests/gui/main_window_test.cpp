@@ -1,38 +1,65 @@
+// The main window and its tool windows as a user meets them: defaults, runs,
+// registers, menus and options; tool windows in front of an always-on-top main
+// window, inside the screen and answering the run keys; one instance a user.
 #include "shell/main_window.h"
 
-#include <QAction>
+#include <Qsci/qsciscintilla.h>
+
 #include <QCheckBox>
 #include <QClipboard>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QProcess>
 #include <QPushButton>
+#include <QScreen>
 #include <QSpinBox>
-#include <QTemporaryDir>
-#include <QtTest>
 
 #include "ide_fixture.h"
 #include "shell/assembler_window.h"
+#include "shell/device_windows.h"
 #include "shell/ieee754_window.h"
+#include "shell/memory_views.h"
 #include "shell/options_dialogs.h"
-#include "shell/qt_settings_store.h"
 
 using namespace mb;
 
 class MainWindowTest : public QObject, protected testing::IdeFixture {
     Q_OBJECT
 
-  private:
-  private slots:
-    void init() { FreshSettings(); }
-    void cleanup() { window.reset(); }
+    static bool OnTop(const QWidget* w) {
+        return w->windowFlags().testFlag(Qt::WindowStaysOnTopHint);
+    }
+    // Opens each tool window through its command.
+    QList<QWidget*> OpenTools() {
+        for (const char* command :
+             {"Memory Editor", "Assembler", "IEEE 754 Conversion Tool", "Simulation Log Viewer",
+              "I/O Ports Editor", "Peripheral Devices", "Input/Output Terminal (Memory Mapped)",
+              "Input/Output Terminal"})
+            Trigger(command);
+        DeviceWindows& devices = window->deviceWindows();
+        return {window->memoryViews().memoryEditor(1),
+                window->assemblerWindow(),
+                window->ieee754Window(),
+                window->logViewerWindow(),
+                window->memoryViews().portsEditor(),
+                devices.peripheralDevicesWindow(),
+                devices.terminalWindow(TerminalKind::MemoryMapped),
+                devices.terminalWindow(TerminalKind::Port)};
+    }
 
-    void firstStartWritesDefaults() {
+    QList<QAction*> FileMenu() { return window->menuBar()->actions().first()->menu()->actions(); }
+
+  private slots:
+    void init() {
+        FreshSettings();
         Open();
-        QSettings raw(dir.filePath("settings.ini"), QSettings::IniFormat);
-        QCOMPARE(raw.value("Simulation Rate").toString(), QString("4"));
-        QCOMPARE(raw.value("HALT Stops Simulation New").toInt(), 1);
+    }
+
+    // The run control's own defaults are written too (StartupSettings tests).
+    void firstStartWritesDefaults() {
+        QSettings raw(Path("settings.ini"), QSettings::IniFormat);
         QCOMPARE(raw.value("FF Power On Defaults").toString(), QString("ON"));
         QCOMPARE(raw.value("Simulation Rate Slow Delay").toInt(), 140);
         QCOMPARE(window->FieldText("A"), QString("FF"));
@@ -41,33 +68,36 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
     }
 
     void runAtUltimateUntilHalt() {
-        Open();
         LoadExample("counter.obj");
-        QVERIFY(window->messages.back().rfind("Operation completed.", 0) == 0);
-        Trigger("Ultimate");
-        Trigger("Start");
+        RunUltimate();
         QCOMPARE(window->machine().HaltState, 1);
         QCOMPARE(window->machine().InstructionCount, 2 + 1000 * 4 + 1);
-        const std::string& stats = window->messages.back();
-        QVERIFY2(stats.rfind("Total number of executed instructions is 4003.", 0) == 0,
-                 stats.c_str());
-        QVERIFY(stats.find("clock cycles or") != std::string::npos);
+        MB_VERIFY_STARTS(LastMessage(), "Total number of executed instructions is 4003.");
         QVERIFY(window->Action("Start")->isEnabled());
         QVERIFY(!window->Action("Stop")->isEnabled());
         QCOMPARE(window->FieldText("B"), QString("00"));
     }
 
-    void stepByStep() {
-        Open();
+    // One instruction a step; an NMI is carried out at once at Step By Step, and
+    // RESET clears the counters.
+    void stepByStepWithNmiAndReset() {
         LoadExample("hello.obj");
-        Trigger("Step By Step");
-        Trigger("Start");
+        StartStepping();
         QCOMPARE(window->machine().InstructionCount, 0);
         QVERIFY(window->Action("Step")->isEnabled());
         Trigger("Step");
         QCOMPARE(window->machine().InstructionCount, 1);
         QCOMPARE(window->FieldText("PC"), QString("0003"));
         QCOMPARE(window->FieldText("H"), QString("00"));
+        Trigger("Step");
+        window->runControl().Command1();  // NMI
+        QCOMPARE(window->machine().PC, 0x66);
+        QCOMPARE(window->machine().CurrentInstructionText, std::string("NMI"));
+        window->runControl().Command3Press();
+        window->runControl().Command3Release();
+        QCOMPARE(window->machine().InstructionCount, 0);
+        QCOMPARE(window->machine().PC, 0);
+        QCOMPARE(window->machine().CurrentInstructionText, std::string("RESET"));
         Trigger("Stop");
         QVERIFY(window->Action("Start")->isEnabled());
     }
@@ -75,7 +105,6 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
     // A double click opens an edit box over the field itself, with the value
     // selected; Enter takes the last digits typed, Esc leaves the register.
     void registersAreEditedInPlace() {
-        Open();
         struct Row {
             const char* field;
             const char* typed;
@@ -112,7 +141,6 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
     // While the machine runs at a rate other than Step By Step a double click
     // does nothing.
     void noRegisterEditWhileRunningFast() {
-        Open();
         LoadExample("counter.obj");
         Trigger("Fast");
         bool opened = true;
@@ -127,7 +155,6 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
 
     // The program line shows the file name whole, however long the folder.
     void programFieldShowsTheWholeFileName() {
-        Open();
         const QString folder = dir.filePath(
             "a folder with a rather long name for a program/and another one below it/and a third");
         QVERIFY(QDir().mkpath(folder));
@@ -145,12 +172,10 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
     }
 
     void recentFilesInTheFileMenu() {
-        Open();
         QVERIFY(window->Action("Clear Recent Files List"));
         auto captions = [this] {
             QStringList out;
-            for (QAction* a : window->menuBar()->actions().first()->menu()->actions())
-                if (!a->isSeparator()) out << a->text();
+            for (QAction* a : FileMenu()) out << a->text();
             return out;
         };
         QVERIFY(captions().contains("<empty>"));
@@ -166,22 +191,13 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
     }
 
     void inPromptIsAnsweredThroughTheWindow() {
-        Open();
-        QFile program(dir.filePath("in.obj"));
-        QVERIFY(program.open(QIODevice::WriteOnly));
-        program.write(QByteArray("\xDB\x05\x76", 3));  // IN A,(05H); HALT
-        program.close();
-        const std::string path = dir.filePath("in.obj").toStdString();
-        window->fileAnswer = [path](bool) { return path; };
-        Trigger("Load Program");
+        LoadBytes(QByteArray("\xDB\x05\x76", 3));  // IN A,(05H); HALT
         std::string asked;
         window->inValueAnswer = [&asked](const std::string& prompt) {
             asked = prompt;
             return 0x5A;
         };
-        Trigger("Step By Step");
-        Trigger("Start");
-        Trigger("Step");
+        StartStepping(1);
         QCOMPARE(asked, std::string("Enter data received on port 05H [00-FF]."));
         QCOMPARE(window->machine().A, 0x5A);
         QCOMPARE(window->FieldText("A"), QString("5A"));
@@ -189,7 +205,6 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
     }
 
     void closingDuringARunStopsIt() {
-        Open();
         LoadExample("counter.obj");
         Trigger("Slow");
         QTimer::singleShot(300, window.get(), [this] { window->close(); });
@@ -201,7 +216,6 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
 
     // Both arrangements fill their window, and each comes back at its size.
     void registersArrangementFillsTheWindowAndComesBack() {
-        Open();
         QVERIFY(QTest::qWaitForWindowExposed(window.get()));
         auto filled = [this] {
             QWidget* central = window->centralWidget();
@@ -231,7 +245,6 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
     }
 
     void ieee754ToolConvertsAndCopies() {
-        Open();
         Trigger("IEEE 754 Conversion Tool");
         Ieee754Window* tool = window->ieee754Window();
         QVERIFY(tool);
@@ -242,49 +255,24 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
         QCOMPARE(tool->FieldText(2), QString("3D CC CC CD"));
         tool->CopyField(2);
         QCOMPARE(QApplication::clipboard()->text(), QString("3D CC CC CD"));
-        QCOMPARE(window->messages.back(), std::string("Copied to clipboard."));
+        QCOMPARE(LastMessage(), "Copied to clipboard.");
         tool->ConvertBack("C0 20 00 00");
-        QCOMPARE(window->messages.back(),
-                 std::string("The exact represented real number is: -2.5"));
-        tool->ConvertBack("nonsense");
-        QCOMPARE(window->messages.back(),
-                 std::string("The exact represented real number is: -2.5"));
-    }
-
-    void resetClearsCountersAndNmiJumpsTo66() {
-        Open();
-        LoadExample("hello.obj");
-        Trigger("Step By Step");
-        Trigger("Start");
-        Trigger("Step");
-        Trigger("Step");
-        window->runControl().Command1();  // NMI, carried out at once at Step By Step
-        QCOMPARE(window->machine().PC, 0x66);
-        QCOMPARE(window->machine().CurrentInstructionText, std::string("NMI"));
-        window->runControl().Command3Press();
-        window->runControl().Command3Release();
-        QCOMPARE(window->machine().InstructionCount, 0);
-        QCOMPARE(window->machine().PC, 0);
-        QCOMPARE(window->machine().CurrentInstructionText, std::string("RESET"));
-        Trigger("Stop");
+        QCOMPARE(LastMessage(), "The exact represented real number is: -2.5");
+        tool->ConvertBack("nonsense");  // nothing new to show
+        QCOMPARE(LastMessage(), "The exact represented real number is: -2.5");
     }
 
     // Every way of loading starts the machine afresh at the new program: PC and
     // Next instruction show it at once, not the program that ran before.
     void everyLoadShowsTheNewProgram() {
-        Open();
-        const QString source = dir.filePath("prog.asm");
-        QFile file(source);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("\tORG 0\n\tLD A,7\n\tHALT\n");
-        file.close();
+        WriteFile("prog.asm", "\tORG 0\n\tLD A,7\n\tHALT\n");
         const std::string counter = std::string(MB_EXAMPLES) + "/counter.obj";
         const std::pair<const char*, std::function<void()>> loads[] = {
             {"Load Program", [&] { LoadFile(counter); }},
             {"Reload", [&] { Trigger("Reload"); }},
             {"recent file",
              [&] {
-                 for (QAction* a : window->menuBar()->actions().first()->menu()->actions())
+                 for (QAction* a : FileMenu())
                      if (a->text().startsWith("1: ")) a->trigger();
              }},
             {"Assemble & Load",
@@ -292,14 +280,13 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
                  Trigger("Assembler");
                  AssemblerWindow* editor = window->assemblerWindow();
                  editor->questionAnswer = [](const std::string&) { return 0; };
-                 QVERIFY(editor->OpenFile(source));
+                 QVERIFY(editor->OpenFile(Path("prog.asm")));
                  editor->Action("Assemble && Load")->trigger();
              }},
         };
         for (const auto& [how, load] : loads) {
             LoadExample("hello.obj");
-            Trigger("Ultimate");
-            Trigger("Start");  // runs to its HALT
+            RunUltimate();
             QVERIFY(window->machine().PC != 0);
             load();
             QVERIFY2(window->FieldText("PC") == "0000", how);
@@ -312,7 +299,6 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
 
     // The file dialogs carry the caption of their command.
     void fileDialogsAreTitledByTheirCommand() {
-        Open();
         LoadExample("hello.obj");
         for (const char* command : {"Load Program", "Load Another Program File", "Save Memory"}) {
             QString title;
@@ -329,13 +315,11 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
 
     // The options of the menu are stored as their settings want them.
     void optionsAreStored() {
-        Open();
         const struct {
             const char* caption;
             const char* key;
             const char* off;
-        } toggles[] = {{"Save Always On Top", "Save Always On Top", "0"},
-                       {"Show Pop-up Info Message Boxes", "Show Confirmations", "ON"},
+        } toggles[] = {{"Show Pop-up Info Message Boxes", "Show Confirmations", "ON"},
                        {"Save Positions", "Save Positions", "OFF"}};
         for (const auto& t : toggles) {
             Trigger(t.caption);
@@ -359,6 +343,105 @@ class MainWindowTest : public QObject, protected testing::IdeFixture {
         QCOMPARE(settings->GetSettingInt("Simulation Rate Slow Delay", 0), 100);
         QCOMPARE(settings->GetSettingInt("Display Relative Branch Hex Argument", 0), 1);
         QCOMPARE(window->machine().RelativeBranchHex, 1);
+    }
+
+    // While the main window stays on top its tool windows stand with it, in
+    // front; "Save Always On Top" turns both off, and is kept. At their first
+    // opening they leave the main window's menus in reach, with room for a
+    // title bar of 30 pixels.
+    void toolWindowsStandWithAnAlwaysOnTopMainWindow() {
+        QVERIFY(OnTop(window.get()));
+        QWidget* bar = window->menuBar();
+        const QPoint barEnd = bar->mapToGlobal(QPoint(bar->width() - 1, bar->height()));
+        const QList<QWidget*> tools = OpenTools();
+        for (QWidget* tool : tools) {
+            QVERIFY2(tool && tool->isVisible(), tool ? qPrintable(tool->windowTitle()) : "");
+            QVERIFY2(OnTop(tool), qPrintable(tool->windowTitle()));
+            QVERIFY2(
+                tool->geometry().left() > barEnd.x() || tool->geometry().top() > barEnd.y() + 30,
+                qPrintable(tool->windowTitle()));
+        }
+        // The first Memory Editor stays on top by its own choice.
+        window->memoryViews().memoryEditor(1)->findChild<QCheckBox*>("onTop")->setChecked(true);
+
+        Trigger("Save Always On Top");
+        QCOMPARE(settings->GetSettingText("Save Always On Top", "?"), std::string("0"));
+        QVERIFY(!OnTop(window.get()));
+        QVERIFY(window->isVisible());
+        for (QWidget* tool : tools) {
+            QVERIFY2(tool->isVisible(), qPrintable(tool->windowTitle()));
+            QCOMPARE(OnTop(tool), tool == window->memoryViews().memoryEditor(1));
+        }
+
+        Trigger("Save Always On Top");
+        QCOMPARE(settings->GetSettingText("Save Always On Top", "?"), std::string("1"));
+        for (QWidget* tool : tools) QVERIFY(OnTop(tool));
+    }
+
+    // A window kept far outside the screen, or above it, opens where it can be
+    // seen.
+    void windowsOpenInsideTheScreen() {
+        const std::pair<const char*, int> places[] = {
+            {"Window1 Left", 300000}, {"Window1 Top", -5},       {"Window2 Left", 250000},
+            {"Window2 Top", 180000},  {"Window17 Left", -40},    {"Window17 Top", 90000},
+            {"Window13 Top", 500000}, {"Window26 Left", 400000}, {"Window20 Top", 400000}};
+        window.reset();
+        for (const auto& [key, value] : places) settings->SetSettingInt(key, value);
+        Open();
+        QList<QWidget*> windows = OpenTools();
+        windows << window.get();
+        const QRect screen = window->screen()->availableGeometry();
+        for (QWidget* w : windows) {
+            const QRect place(w->pos(), w->size());
+            QVERIFY2(screen.contains(place.topLeft()) && place.right() <= screen.right(),
+                     qPrintable(w->windowTitle()));
+            QVERIFY2(place.bottom() <= screen.bottom() || place.top() == screen.top(),
+                     qPrintable(w->windowTitle()));
+        }
+    }
+
+    // F5 starts, F8 steps and Shift+F5 stops from any window of the system.
+    void runKeysWorkInEveryWindow() {
+        LoadExample("hello.obj");
+        Trigger("Step By Step");
+        const QList<QWidget*> tools = OpenTools();
+        for (QWidget* tool : tools) {
+            QWidget* target = tool == window->assemblerWindow()
+                                  ? window->assemblerWindow()->sourceEditor()
+                                  : tool;
+            tool->activateWindow();
+            QVERIFY(QTest::qWaitForWindowActive(tool));
+            QTest::keyClick(target, Qt::Key_F5);
+            QVERIFY2(window->runControl().SimulationRunning, qPrintable(tool->windowTitle()));
+            QTest::keyClick(target, Qt::Key_F8);
+            QTest::keyClick(target, Qt::Key_F8);
+            QCOMPARE(window->machine().InstructionCount, 2);
+            QTest::keyClick(target, Qt::Key_F5, Qt::ShiftModifier);
+            QVERIFY2(!window->runControl().SimulationRunning, qPrintable(tool->windowTitle()));
+        }
+    }
+
+    // A second start for the same user ends at once and leaves the first running.
+    void secondStartEndsSilently() {
+        QTemporaryDir home;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("QT_QPA_PLATFORM", "offscreen");
+        for (const char* name : {"HOME", "XDG_RUNTIME_DIR"}) env.insert(name, home.path());
+        env.insert("XDG_DATA_HOME", home.filePath("data"));
+        env.insert("XDG_CONFIG_HOME", home.filePath("config"));
+        QProcess first, second;
+        for (QProcess* ide : {&first, &second}) ide->setProcessEnvironment(env);
+        first.start(MB_IDE, {});
+        QVERIFY(first.waitForStarted());
+        QTest::qWait(2500);  // past the start-up picture, holding the lock
+        QCOMPARE(first.state(), QProcess::Running);
+        second.start(MB_IDE, {});
+        QVERIFY(second.waitForFinished(5000));
+        QCOMPARE(second.exitCode(), 0);
+        QCOMPARE(first.state(), QProcess::Running);
+
+        first.kill();
+        first.waitForFinished();
     }
 };
 

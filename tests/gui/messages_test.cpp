@@ -7,7 +7,6 @@
 #include <QCursor>
 #include <QMessageBox>
 #include <QSpinBox>
-#include <QtTest>
 
 #include "ide_fixture.h"
 #include "shell/assembler_window.h"
@@ -36,12 +35,11 @@ class MessagesTest : public QObject, protected testing::IdeFixture {
         FreshSettings();
         settings->SetSettingInt("Messages Duration", 1);
         QCursor::setPos(0, 0);
+        Open();
     }
-    void cleanup() { window.reset(); }
 
     // A note, not a question: no button, no modality, gone after its time.
     void noticeLooksTransientAndGoesByItself() {
-        Open();
         window->ShowMessage("Operation completed.\nTotal 12 (0.01K) bytes loaded.");
         InfoFrame* frame = Notice();
         QVERIFY(frame && frame->isVisible());
@@ -53,7 +51,6 @@ class MessagesTest : public QObject, protected testing::IdeFixture {
     }
 
     void pointerOverTheNoticeHoldsIt() {
-        Open();
         window->ShowMessage("Copied to clipboard.");
         QPointer<InfoFrame> frame = Notice();
         QVERIFY(frame);
@@ -65,19 +62,9 @@ class MessagesTest : public QObject, protected testing::IdeFixture {
         QTRY_VERIFY_WITH_TIMEOUT(!frame, 2500);
     }
 
-    void clickTakesTheNoticeAway() {
-        Open();
-        window->ShowMessage("Please load program file first.");
-        QPointer<InfoFrame> frame = Notice();
-        QVERIFY(frame);
-        QTest::mouseClick(frame, Qt::LeftButton);
-        QTRY_VERIFY(!frame);
-    }
-
     // A question that waits for the user closes the note; a note that comes
-    // during a question belongs to it and takes a click.
+    // during a question belongs to it, and a click takes it away.
     void noticeGivesWayToAQuestion() {
-        Open();
         window->ShowMessage("Operation completed.");
         QPointer<InfoFrame> before = Notice();
         QVERIFY(before);
@@ -95,7 +82,6 @@ class MessagesTest : public QObject, protected testing::IdeFixture {
 
     // One command, one notice; the answer to a later command replaces it.
     void secondNoticeOfOneCommandIsDropped() {
-        Open();
         window->ShowMessage("first");
         window->ShowMessage("second");
         QCOMPARE(Notice()->Text(), QString("first"));
@@ -109,6 +95,7 @@ class MessagesTest : public QObject, protected testing::IdeFixture {
     // With "Show Pop-up Info Message Boxes" the notice waits for OK, and what
     // comes while it is up is dropped.
     void popUpBoxWaitsForOkAndDropsWhatComesMeanwhile() {
+        window.reset();
         settings->SetSettingText("Show Confirmations", "ON");
         Open();
         QString seen;
@@ -128,7 +115,6 @@ class MessagesTest : public QObject, protected testing::IdeFixture {
 
     // Assembler errors stay until the user closes them, beside notices.
     void reportStaysUntilClosed() {
-        Open();
         window->ShowMessage("a notice");
         window->ShowReport("Here is the list of assembler errors:\nbad line");
         QMessageBox* report = Shown().report();
@@ -146,34 +132,27 @@ class MessagesTest : public QObject, protected testing::IdeFixture {
     // F7 during a run: the run stops, its statistics show, the program is
     // assembled and loaded, and the load's confirmation does not pile up.
     void assembleAndLoadDuringARunStopsItFirst() {
-        Open();
         LoadExample("counter.obj");
         Trigger("Assembler");
         AssemblerWindow* editor = window->assemblerWindow();
         editor->questionAnswer = [](const std::string&) { return 0; };
-        const QString source = dir.filePath("prog.asm");
-        QFile file(source);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("\tORG 0\n\tLD A,7\n\tHALT\n");
-        file.close();
-        QVERIFY(editor->OpenFile(source));
+        WriteFile("prog.asm", "\tORG 0\n\tLD A,7\n\tHALT\n");
+        QVERIFY(editor->OpenFile(Path("prog.asm")));
         Trigger("Slow");
         QTimer::singleShot(300, this, [&] {
             editor->activateWindow();
             QTest::keyClick(editor->sourceEditor(), Qt::Key_F7);
         });
         Trigger("Start");
-        QTRY_VERIFY(window->images().ProgramFileName() == dir.filePath("prog.obj").toStdString());
+        QTRY_VERIFY(window->images().ProgramFileName() == Path("prog.obj").toStdString());
         QVERIFY(!window->runControl().SimulationRunning);
         QCOMPARE(VisibleNotices(), 1);
-        QVERIFY2(Notice()->Text().startsWith("Total number of executed instructions"),
-                 qPrintable(Notice()->Text()));
-        QVERIFY(window->messages.back().rfind("Operation completed.", 0) == 0);
+        MB_VERIFY_STARTS(Notice()->Text(), "Total number of executed instructions");
+        MB_VERIFY_STARTS(LastMessage(), "Operation completed.");
         QCOMPARE(window->FieldText("PC"), QString("0000"));
     }
 
     void configureInfoMessageFrames() {
-        Open();
         QTimer::singleShot(0, this, [] {
             auto* dialog = qobject_cast<InfoFramesDialog*>(QApplication::activeModalWidget());
             QVERIFY(dialog);

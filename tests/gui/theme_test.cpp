@@ -1,18 +1,13 @@
 #include "shell/theme.h"
 
-#include <QAction>
 #include <QCheckBox>
 #include <QListWidget>
 #include <QPushButton>
-#include <QTemporaryDir>
-#include <QtTest>
 
 #include "ide_fixture.h"
 #include "settings/editor_settings.h"
 #include "shell/color_theme_dialog.h"
 #include "shell/editor_setup_dialog.h"
-#include "shell/main_window.h"
-#include "shell/qt_settings_store.h"
 
 using namespace mb;
 
@@ -37,17 +32,17 @@ class ThemeTest : public QObject, protected testing::IdeFixture {
         QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
                           list->visualItemRect(items.first()).center());
     }
-    RegisterField* Field(const QString& name) {
-        for (RegisterField* f : window->findChildren<RegisterField*>())
-            if (f->Name() == name) return f;
-        return nullptr;
-    }
     QLabel* Caption(const QString& text) {
         for (QLabel* l : window->findChildren<QLabel*>())
             if (l->text() == text) return l;
         return nullptr;
     }
     std::string Stored(const char* key) { return settings->GetSettingText(key, "?"); }
+    // The theme in force: stored, and on the main window's background.
+    void InForce(const char* name) {
+        QCOMPARE(Stored("Color Theme"), std::string(name));
+        QCOMPARE(Background(*window), Slot1(name));
+    }
 
   private slots:
     // Every theme keeps selected text readable on its selection colour: in the
@@ -83,13 +78,12 @@ class ThemeTest : public QObject, protected testing::IdeFixture {
     }
 
     void init() { FreshSettings(); }
-    void cleanup() { window.reset(); }
 
     void cancelAfterTryingThemesGivesTheFirstBack() {
         settings->SetSettingText("Color Theme", "Blues");
         Open();
         QCOMPARE(Background(*window), Slot1("Blues"));
-        const int fieldFrame = Field("A")->frameStyle();
+        const int fieldFrame = window->Field("A")->frameStyle();
         QVERIFY(fieldFrame != QFrame::NoFrame);
 
         Trigger("Change Color Theme");
@@ -98,27 +92,24 @@ class ThemeTest : public QObject, protected testing::IdeFixture {
         QCOMPARE(dialog->list()->currentItem()->text(), QString("Blues"));
         for (const char* name : {"Amethyst", "Toxic", "Original Lite"}) {
             Click(dialog->list(), name);
-            QCOMPARE(Stored("Color Theme"), std::string(name));
-            QCOMPARE(Background(*window), Slot1(name));
+            InForce(name);
             QCOMPARE(Background(*dialog), Slot1(name));
         }
         dialog->showFrames()->click();
         QCOMPARE(settings->GetSettingInt("Color Theme Border", -1), 0);
-        QCOMPARE(Field("A")->frameStyle(), int(QFrame::NoFrame));
+        QCOMPARE(window->Field("A")->frameStyle(), int(QFrame::NoFrame));
 
         dialog->cancelButton()->click();
-        QCOMPARE(Stored("Color Theme"), std::string("Blues"));
+        InForce("Blues");
         QCOMPARE(settings->GetSettingInt("Color Theme Border", -1), 1);
-        QCOMPARE(Background(*window), Slot1("Blues"));
-        QCOMPARE(Field("A")->frameStyle(), fieldFrame);
+        QCOMPARE(window->Field("A")->frameStyle(), fieldFrame);
         QTRY_VERIFY(!window->appearance().colorThemeDialog());
 
         Trigger("Change Color Theme");
         dialog = window->appearance().colorThemeDialog();
         Click(dialog->list(), "Grapes");
         dialog->selectButton()->click();
-        QCOMPARE(Stored("Color Theme"), std::string("Grapes"));
-        QCOMPARE(Background(*window), Slot1("Grapes"));
+        InForce("Grapes");
     }
 
     void originalDarkOpensAsZ80Temple() {
@@ -128,8 +119,7 @@ class ThemeTest : public QObject, protected testing::IdeFixture {
         Trigger("Change Color Theme");
         ColorThemeDialog* dialog = window->appearance().colorThemeDialog();
         QCOMPARE(dialog->list()->currentItem()->text(), QString("Z80 Temple 2001"));
-        QCOMPARE(Stored("Color Theme"), std::string("Z80 Temple 2001"));
-        QCOMPARE(Background(*window), Slot1("Z80 Temple 2001"));
+        InForce("Z80 Temple 2001");
         dialog->cancelButton()->click();
         QCOMPARE(Stored("Color Theme"), std::string("Z80 Temple 2001"));
     }
@@ -160,7 +150,7 @@ class ThemeTest : public QObject, protected testing::IdeFixture {
         QLabel* caption = Caption("Instruction:");
         QVERIFY(caption);
         QCOMPARE(caption->font().family(), QString("Tahoma"));
-        const QString fixed = Field("PC")->font().family();
+        const QString fixed = window->Field("PC")->font().family();
         QVERIFY(fixed != "Tahoma");
         Trigger("IEEE 754 Conversion Tool");
 
@@ -181,7 +171,7 @@ class ThemeTest : public QObject, protected testing::IdeFixture {
         Trigger("Change Main Font");
         QCOMPARE(Stored("Main Font"), std::string("DejaVu Serif"));
         QCOMPARE(caption->font().family(), QString("DejaVu Serif"));
-        QCOMPARE(Field("PC")->font().family(), fixed);
+        QCOMPARE(window->Field("PC")->font().family(), fixed);
         QWidget* tool = window->ieee754Window();
         QCOMPARE(tool->findChild<QPushButton*>()->font().family(), QString("DejaVu Serif"));
 
@@ -195,7 +185,7 @@ class ThemeTest : public QObject, protected testing::IdeFixture {
         Trigger("Change Main Font");
         QCOMPARE(caption->font().family(), QString("DejaVu Sans"));
         QVERIFY(caption->font().bold());
-        QCOMPARE(Field("PC")->font().family(), fixed);
+        QCOMPARE(window->Field("PC")->font().family(), fixed);
     }
 
     void editorSetupSaveCancelDefaults() {

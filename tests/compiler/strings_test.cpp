@@ -27,7 +27,7 @@ TEST_P(Strings, PrintWhatTheProgramSays) {
 INSTANTIATE_TEST_SUITE_P(
     Compiler, Strings,
     ::testing::Values(
-        RunCase{"issue_example",
+        RunCase{"hello_world_builtins_and_comparison",
                 {"s = \"Hello\"", "t = s + \", \" + \"World\"", "Print 1, t, \" \", Len(t), CrLf",
                  "Print 1, UCase(s), LeftStr(t, 3), RightStr(t, 5), MidStr(t, 8, 3), CrLf",
                  "t = \"x=\" + 42", "Print 1, t, \" \", InStr(t, 61), \" \", Asc(s)",

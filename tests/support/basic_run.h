@@ -5,6 +5,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -48,7 +49,8 @@ class BasicRun {
   public:
     explicit BasicRun(const std::string& name = "basic_run") {
         dir = std::filesystem::temp_directory_path() /
-              ("mb_" + name + "_" + std::to_string(reinterpret_cast<std::uintptr_t>(this)));
+              ("mb_" + name + "_" + std::to_string(getpid()) + "_" +
+               std::to_string(reinterpret_cast<std::uintptr_t>(this)));
         std::filesystem::remove_all(dir);
         std::filesystem::create_directories(dir);
     }
